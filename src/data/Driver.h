@@ -1,0 +1,76 @@
+#pragma once
+
+#include "data/ConnectionProperties.h"
+#include "data/RowStore.h"
+
+#include <QStringList>
+#include <QVariantList>
+
+#include <functional>
+#include <memory>
+
+namespace vx {
+
+struct TableEntry {
+    QString name;
+    QString type; // "TABLE", "VIEW" or "SYSTEM TABLE"
+};
+
+struct ProviderTypeEntry {
+    QString typeName;
+    DataType dataType = DataType::Empty;
+    qint64 columnSize = 0;
+    QString literalPrefix;
+    QString literalSuffix;
+    bool bestMatch = false;
+};
+
+// One database engine. Statements arrive in the controls' SQL; the driver's dialect step turns
+// them into what its engine accepts. Every failure throws vx::Error.
+class Driver {
+public:
+    virtual ~Driver() = default;
+
+    virtual QString name() const = 0;
+    virtual void open(const ConnectionProperties& properties, const QString& user,
+                      const QString& password) = 0;
+    virtual void close() = 0;
+    virtual bool isOpen() const = 0;
+
+    // Rows affected, or -1 when the statement returns none.
+    virtual qint64 execute(const QString& sql) = 0;
+    // Runs a query and materialises every row, with column types, sizes, base table and column,
+    // and which columns form the base table's key.
+    virtual std::unique_ptr<RowStore> select(const QString& sql) = 0;
+    // The whole table, for table-direct opens; a missing table throws TableNotFound.
+    virtual std::unique_ptr<RowStore> selectTable(const QString& table) = 0;
+
+    virtual void beginTransaction() = 0;
+    virtual void commitTransaction() = 0;
+    virtual void rollbackTransaction() = 0;
+
+    virtual QList<TableEntry> tables() = 0;
+    virtual QList<ProviderTypeEntry> providerTypes() = 0;
+
+    // Write-back of one row to a base table. The row is found by `keyColumns` = `keyValues`
+    // (the original values; a null key value matches null); when the table has no key, every
+    // original column is given and at most one matching row is changed.
+    // insertRow returns the value the engine gave `autoIncrementColumn`, or null.
+    virtual QVariant insertRow(const QString& table, const QStringList& columns,
+                               const QVariantList& values, const QString& autoIncrementColumn) = 0;
+    virtual qint64 updateRow(const QString& table, const QStringList& columns,
+                             const QVariantList& values, const QStringList& keyColumns,
+                             const QVariantList& keyValues) = 0;
+    virtual qint64 deleteRow(const QString& table, const QStringList& keyColumns,
+                             const QVariantList& keyValues) = 0;
+};
+
+using DriverFactory = std::function<std::unique_ptr<Driver>()>;
+
+// Drivers are created by provider name ("SQLite", "PostgreSQL", ...), case-insensitive.
+void registerDriver(const QString& provider, DriverFactory factory);
+// Throws ProviderNotFound naming the supported providers.
+std::unique_ptr<Driver> createDriver(const QString& provider);
+QStringList registeredProviders();
+
+} // namespace vx

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "data/ColumnInfo.h"
+
+#include <QVariant>
+
+namespace vx {
+
+class Recordset;
+
+// One column of a record set at its current row; a light view that reads through the record set.
+class Field {
+public:
+    Field(const Recordset& recordset, int index);
+
+    int index() const { return m_index; }
+    QString name() const;
+    DataType type() const;
+    qint32 definedSize() const;
+    const ColumnInfo& info() const;
+
+    QVariant value() const;
+    bool isNull() const;
+    // Converts to the field's type as the platform does (text to date, Boolean to -1/0 ...);
+    // throws TypeMismatch, Overflow or ValueDoesNotFit.
+    void setValue(const QVariant& value);
+    QVariant originalValue() const;
+
+private:
+    const Recordset* m_recordset;
+    int m_index;
+};
+
+// Converts a value to what a column of the given type holds; throws as Field::setValue.
+QVariant convertForColumn(const QVariant& value, const ColumnInfo& column);
+
+} // namespace vx

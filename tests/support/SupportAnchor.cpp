@@ -1,0 +1,3 @@
+namespace vx::test {
+int supportAnchor() { return 0; }
+} // namespace vx::test
