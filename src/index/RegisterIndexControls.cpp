@@ -1,0 +1,8 @@
+#include "server/ControlFactory.h"
+
+namespace vx {
+
+// Registers VXUILib.VXIndex.
+void registerIndexControls() {}
+
+} // namespace vx
