@@ -5,7 +5,6 @@
 
 #include <QStringList>
 #include <QVariantList>
-
 #include <functional>
 #include <memory>
 
@@ -45,9 +44,12 @@ public:
     // The whole table, for table-direct opens; a missing table throws TableNotFound.
     virtual std::unique_ptr<RowStore> selectTable(const QString& table) = 0;
 
+    // Transactions nest: a transaction begun inside another commits or rolls back on its own.
     virtual void beginTransaction() = 0;
     virtual void commitTransaction() = 0;
     virtual void rollbackTransaction() = 0;
+    // How many transactions are open, 0 outside any (also after the engine dropped one).
+    virtual int transactionLevel() const = 0;
 
     virtual QList<TableEntry> tables() = 0;
     virtual QList<ProviderTypeEntry> providerTypes() = 0;

@@ -3,12 +3,17 @@
 #include "data/ColumnInfo.h"
 
 #include <QVariant>
+#include <memory>
 
 namespace vx {
 
 class Recordset;
+namespace detail {
+struct RecordsetData;
+}
 
 // One column of a record set at its current row; a light view that reads through the record set.
+// It shares the record set's cursor, so it stays valid after the handle it came from is gone.
 class Field {
 public:
     Field(const Recordset& recordset, int index);
@@ -27,7 +32,9 @@ public:
     QVariant originalValue() const;
 
 private:
-    const Recordset* m_recordset;
+    Recordset recordset() const;
+
+    std::shared_ptr<detail::RecordsetData> m_data;
     int m_index;
 };
 

@@ -4,13 +4,15 @@
 #include "data/Field.h"
 
 #include <QVariant>
-
 #include <functional>
 #include <memory>
 
 namespace vx {
 
 class RowStore;
+namespace detail {
+struct RecordsetData;
+}
 
 enum class CursorType { ForwardOnly = 0, Keyset = 1, Dynamic = 2, Static = 3 };
 enum class LockType { ReadOnly = 1, Pessimistic = 2, Optimistic = 3, BatchOptimistic = 4 };
@@ -20,9 +22,19 @@ enum class EditMode { None = 0, InProgress = 1, Add = 2, Delete = 4 };
 
 using Bookmark = qint64;
 
-// What a record set tells the grids bound to it.
+// What a record set tells the grids bound to it. The "about to" kinds come before the record
+// set changes (a view may still read the old rows then); the others after it.
 struct RecordsetChange {
-    enum Kind { Reset, RowInserted, RowRemoved, RowChanged, CurrentMoved } kind = Reset;
+    enum Kind {
+        Reset,
+        RowInserted,
+        RowRemoved,
+        RowChanged,
+        CurrentMoved,
+        AboutToReset,
+        RowAboutToBeInserted,
+        RowAboutToBeRemoved
+    } kind = Reset;
     qsizetype position = -1; // 0-based position in the current order
 };
 
@@ -83,9 +95,12 @@ public:
 
     int fieldCount() const;
     Field field(int index) const;
-    Field field(const QString& name) const; // throws ItemNotFound
+    Field field(const QString& name) const;    // throws ItemNotFound
     int fieldIndex(const QString& name) const; // case-insensitive; -1 when absent
     const ColumnInfo& columnInfo(int index) const;
+    // True when assigning to the column can reach the base table (not computed, not filled in by
+    // the engine) and the record set supports updating.
+    bool isColumnUpdatable(int index) const;
 
     QVariant value(int column) const;
     QVariant value(const QString& name) const;
@@ -105,8 +120,8 @@ public:
     const RowStore& rows() const;
 
 private:
-    struct Private;
-    std::shared_ptr<Private> d;
+    explicit Recordset(std::shared_ptr<detail::RecordsetData> data);
+    std::shared_ptr<detail::RecordsetData> d;
     friend class Field;
 };
 

@@ -1,0 +1,550 @@
+#include "data/Recordset.h"
+
+#include "data/Driver.h"
+#include "data/recordset/RecordsetData.h"
+#include "data/recordset/RecordsetErrors.h"
+#include "data/recordset/ValueFinder.h"
+
+namespace vx {
+
+using detail::columnByName;
+using detail::load;
+using detail::notify;
+using detail::Place;
+using detail::placeAtFirst;
+using detail::rebuildOrder;
+using detail::RecordsetData;
+
+namespace {
+
+void requireOpen(const RecordsetData& d) {
+    if (!d.open)
+        throw errors::objectClosed();
+}
+
+void requireColumn(const RecordsetData& d, int column) {
+    requireOpen(d);
+    if (column < 0 || column >= d.rows->columnCount())
+        throw errors::itemNotFound();
+}
+
+void requireUpdatable(const RecordsetData& d) {
+    if (!d.target.isValid())
+        throw errors::notUpdatable();
+}
+
+qsizetype currentRow(const RecordsetData& d) {
+    requireOpen(d);
+    if (d.place != Place::OnRow)
+        throw errors::noCurrentRecord();
+    return d.order.rowAt(d.position);
+}
+
+qsizetype currentPosition(const RecordsetData& d) {
+    return d.place == Place::OnRow ? d.position : -1;
+}
+
+Driver* driverForWrites(const RecordsetData& d) {
+    return d.batch() ? nullptr : &d.connection.driver();
+}
+
+// Drops the row added by the edit in progress. An explicit cancel returns to the row that was
+// current before the add; otherwise the cursor stays where the row was, like a deleted row.
+void dropAddedRow(RecordsetData& d, bool returnToPrevious) {
+    const qsizetype row = d.changes.editedRow();
+    const qsizetype removedAt = d.order.positionOf(row);
+    notify(d, RecordsetChange::RowAboutToBeRemoved, removedAt);
+    d.changes.cancelEdit(*d.rows);
+    d.gone[size_t(row)] = 1;
+    d.order.removeAt(removedAt);
+    d.place = Place::OnDeleted;
+    d.position = removedAt;
+    if (returnToPrevious) {
+        const qsizetype previous = d.rowBeforeAdd >= 0 && !d.gone[size_t(d.rowBeforeAdd)]
+                                       ? d.order.positionOf(d.rowBeforeAdd)
+                                       : -1;
+        if (previous >= 0) {
+            d.place = Place::OnRow;
+            d.position = previous;
+        } else if (d.order.isEmpty()) {
+            d.place = Place::BeforeFirst;
+            d.position = -1;
+        }
+    }
+    notify(d, RecordsetChange::RowRemoved, removedAt);
+    if (returnToPrevious)
+        notify(d, RecordsetChange::CurrentMoved, currentPosition(d));
+}
+
+void commitEdit(RecordsetData& d) {
+    if (!d.changes.isEditing())
+        return;
+    const qsizetype row = d.changes.editedRow();
+    const bool engineFilled =
+        d.changes.commitEdit(*d.rows, d.target, driverForWrites(d), d.batch());
+    if (engineFilled)
+        notify(d, RecordsetChange::RowChanged, d.order.positionOf(row));
+}
+
+// Leaving a row ends its edit as the platform does: the edit is saved. A row just added and
+// never filled in is dropped instead of being saved empty.
+void finishEditBeforeMove(RecordsetData& d) {
+    if (!d.changes.isEditing())
+        return;
+    if (d.changes.editMode() == EditMode::Add && !d.changes.anyAssigned())
+        dropAddedRow(d, false);
+    else
+        commitEdit(d);
+}
+
+struct Target {
+    Place place = Place::BeforeFirst;
+    qsizetype row = -1;
+};
+
+Target targetAt(const RecordsetData& d, qsizetype position) {
+    if (position < 0)
+        return {Place::BeforeFirst, -1};
+    if (position >= d.order.size())
+        return {Place::AfterLast, -1};
+    return {Place::OnRow, d.order.rowAt(position)};
+}
+
+void goTo(RecordsetData& d, Target target) {
+    if (d.changes.isEditing() &&
+        !(target.place == Place::OnRow && target.row == d.changes.editedRow()))
+        finishEditBeforeMove(d);
+    d.place = target.place;
+    switch (target.place) {
+    case Place::OnRow:
+        d.position = d.order.positionOf(target.row);
+        if (d.position < 0) {
+            d.place = Place::AfterLast;
+            d.position = d.order.size();
+        }
+        break;
+    case Place::AfterLast:
+        d.position = d.order.size();
+        break;
+    default:
+        d.position = -1;
+        break;
+    }
+    notify(d, RecordsetChange::CurrentMoved, currentPosition(d));
+}
+
+bool bothEnds(const RecordsetData& d) {
+    return d.order.isEmpty() && d.place != Place::OnDeleted;
+}
+
+} // namespace
+
+Recordset::Recordset()
+    : d(std::make_shared<RecordsetData>()) {}
+
+Recordset::Recordset(std::shared_ptr<detail::RecordsetData> data)
+    : d(std::move(data)) {}
+
+Recordset::~Recordset() = default;
+Recordset::Recordset(const Recordset&) = default;
+Recordset& Recordset::operator=(const Recordset&) = default;
+
+void Recordset::open(const QString& source, const Connection& connection, CursorType cursor,
+                     LockType lock, CommandType command) {
+    Driver& driver = connection.driver();
+    std::unique_ptr<RowStore> rows =
+        command == CommandType::Text ? driver.select(source) : driver.selectTable(source);
+    d->source = source;
+    d->connection = connection;
+    d->madeElsewhere = false;
+    d->cursorType = cursor;
+    d->lock = lock;
+    d->command = command;
+    d->sortText.clear();
+    notify(*d, RecordsetChange::AboutToReset, -1);
+    load(*d, std::move(rows));
+    notify(*d, RecordsetChange::Reset, -1);
+}
+
+Recordset Recordset::fromRows(std::unique_ptr<RowStore> rows) {
+    Recordset recordset;
+    recordset.d->madeElsewhere = true;
+    recordset.d->cursorType = CursorType::Static;
+    recordset.d->lock = LockType::ReadOnly;
+    load(*recordset.d, std::move(rows));
+    return recordset;
+}
+
+void Recordset::close() {
+    if (!d->open)
+        return;
+    notify(*d, RecordsetChange::AboutToReset, -1);
+    // Unsaved edits go with the rows, as closing a record set discards them.
+    d->changes.clear();
+    d->open = false;
+    d->rows.reset();
+    d->order.clear();
+    d->gone.clear();
+    d->place = Place::BeforeFirst;
+    d->position = -1;
+    notify(*d, RecordsetChange::Reset, -1);
+}
+
+bool Recordset::isOpen() const {
+    return d->open;
+}
+
+QString Recordset::source() const {
+    return d->source;
+}
+
+Connection Recordset::activeConnection() const {
+    return d->connection;
+}
+
+LockType Recordset::lockType() const {
+    return d->lock;
+}
+
+bool Recordset::eof() const {
+    requireOpen(*d);
+    return d->place == Place::AfterLast || bothEnds(*d);
+}
+
+bool Recordset::bof() const {
+    requireOpen(*d);
+    return d->place == Place::BeforeFirst || bothEnds(*d);
+}
+
+qsizetype Recordset::recordCount() const {
+    requireOpen(*d);
+    return d->order.size();
+}
+
+void Recordset::moveFirst() {
+    requireOpen(*d);
+    if (d->order.isEmpty())
+        throw errors::noCurrentRecord();
+    goTo(*d, targetAt(*d, 0));
+}
+
+void Recordset::moveLast() {
+    requireOpen(*d);
+    if (d->order.isEmpty())
+        throw errors::noCurrentRecord();
+    goTo(*d, targetAt(*d, d->order.size() - 1));
+}
+
+void Recordset::moveNext() {
+    move(1);
+}
+
+void Recordset::movePrevious() {
+    move(-1);
+}
+
+void Recordset::move(qsizetype rows) {
+    requireOpen(*d);
+    if (bothEnds(*d))
+        throw errors::noCurrentRecord();
+    qsizetype target = 0;
+    switch (d->place) {
+    case Place::OnRow:
+        target = d->position + rows;
+        break;
+    case Place::BeforeFirst:
+        if (rows <= 0)
+            throw errors::noCurrentRecord();
+        target = rows - 1;
+        break;
+    case Place::AfterLast:
+        if (rows >= 0)
+            throw errors::noCurrentRecord();
+        target = d->order.size() + rows;
+        break;
+    case Place::OnDeleted:
+        // The next row already stands at `position`.
+        if (rows == 0)
+            throw errors::noCurrentRecord();
+        target = rows > 0 ? d->position + rows - 1 : d->position + rows;
+        break;
+    }
+    goTo(*d, targetAt(*d, target));
+}
+
+qsizetype Recordset::position() const {
+    return d->open ? currentPosition(*d) : -1;
+}
+
+void Recordset::setPosition(qsizetype position) {
+    requireOpen(*d);
+    if (position < 0 || position >= d->order.size())
+        throw errors::invalidArgument();
+    goTo(*d, targetAt(*d, position));
+}
+
+Bookmark Recordset::bookmark() const {
+    return currentRow(*d) + 1;
+}
+
+void Recordset::setBookmark(Bookmark bookmark) {
+    requireOpen(*d);
+    const qsizetype row = bookmark - 1;
+    if (row < 0 || row >= qsizetype(d->gone.size()) || d->gone[size_t(row)])
+        throw errors::bookmarkInvalid();
+    goTo(*d, {Place::OnRow, row});
+}
+
+Bookmark Recordset::bookmarkAt(qsizetype position) const {
+    requireOpen(*d);
+    if (position < 0 || position >= d->order.size())
+        throw errors::invalidArgument();
+    return d->order.rowAt(position) + 1;
+}
+
+qsizetype Recordset::positionOf(Bookmark bookmark) const {
+    if (!d->open)
+        return -1;
+    return d->order.positionOf(bookmark - 1);
+}
+
+QString Recordset::sort() const {
+    return d->sortText;
+}
+
+void Recordset::setSort(const QString& sort) {
+    requireOpen(*d);
+    std::vector<SortColumn> columns =
+        parseSortText(sort, [this](const QString& name) { return columnByName(*d, name); });
+    finishEditBeforeMove(*d);
+    notify(*d, RecordsetChange::AboutToReset, -1);
+    d->sortText = sort;
+    d->sortColumns = std::move(columns);
+    rebuildOrder(*d);
+    placeAtFirst(*d);
+    notify(*d, RecordsetChange::Reset, -1);
+}
+
+void Recordset::requery() {
+    requireOpen(*d);
+    if (d->madeElsewhere)
+        throw errors::notAllowedInContext();
+    finishEditBeforeMove(*d);
+    // Unsent batch changes would be lost with the old rows.
+    if (d->changes.hasPending())
+        throw errors::notAllowedInContext();
+    Driver& driver = d->connection.driver();
+    std::unique_ptr<RowStore> rows =
+        d->command == CommandType::Text ? driver.select(d->source) : driver.selectTable(d->source);
+    notify(*d, RecordsetChange::AboutToReset, -1);
+    load(*d, std::move(rows));
+    notify(*d, RecordsetChange::Reset, -1);
+}
+
+void Recordset::addNew() {
+    requireOpen(*d);
+    requireUpdatable(*d);
+    finishEditBeforeMove(*d);
+    const qsizetype previous = d->place == Place::OnRow ? d->order.rowAt(d->position) : -1;
+    const qsizetype row = d->rows->appendEmptyRow();
+    d->gone.resize(size_t(row + 1), 0);
+    notify(*d, RecordsetChange::RowAboutToBeInserted, d->order.size());
+    d->order.append(row);
+    d->changes.beginAdd(row, d->rows->columnCount());
+    d->rowBeforeAdd = previous;
+    d->place = Place::OnRow;
+    d->position = d->order.size() - 1;
+    notify(*d, RecordsetChange::RowInserted, d->position);
+    notify(*d, RecordsetChange::CurrentMoved, d->position);
+}
+
+void Recordset::update() {
+    requireOpen(*d);
+    commitEdit(*d);
+}
+
+void Recordset::cancelUpdate() {
+    requireOpen(*d);
+    if (!d->changes.isEditing())
+        return;
+    if (d->changes.editMode() == EditMode::Add) {
+        dropAddedRow(*d, true);
+        return;
+    }
+    const qsizetype row = d->changes.editedRow();
+    d->changes.cancelEdit(*d->rows);
+    notify(*d, RecordsetChange::RowChanged, d->order.positionOf(row));
+}
+
+void Recordset::deleteCurrent() {
+    requireOpen(*d);
+    requireUpdatable(*d);
+    const qsizetype row = currentRow(*d);
+    if (d->changes.isEditing()) {
+        if (d->changes.editMode() == EditMode::Add) {
+            dropAddedRow(*d, false);
+            return;
+        }
+        d->changes.cancelEdit(*d->rows);
+    }
+    d->changes.deleteRow(*d->rows, d->target, driverForWrites(*d), d->batch(), row);
+    const qsizetype removedAt = d->position;
+    notify(*d, RecordsetChange::RowAboutToBeRemoved, removedAt);
+    d->gone[size_t(row)] = 1;
+    d->order.removeAt(removedAt);
+    d->place = Place::OnDeleted;
+    notify(*d, RecordsetChange::RowRemoved, removedAt);
+}
+
+void Recordset::updateBatch() {
+    requireOpen(*d);
+    commitEdit(*d);
+    if (!d->changes.hasPending())
+        return;
+    requireUpdatable(*d);
+    const std::vector<qsizetype> filled =
+        d->changes.sendPending(*d->rows, d->target, d->connection.driver());
+    for (const qsizetype row : filled) {
+        const qsizetype position = d->order.positionOf(row);
+        if (position >= 0)
+            notify(*d, RecordsetChange::RowChanged, position);
+    }
+}
+
+void Recordset::cancelBatch() {
+    requireOpen(*d);
+    if (d->changes.isEditing()) {
+        if (d->changes.editMode() == EditMode::Add)
+            dropAddedRow(*d, false);
+        else
+            d->changes.cancelEdit(*d->rows);
+    }
+    notify(*d, RecordsetChange::AboutToReset, -1);
+    const ChangeTracker::Undone undone = d->changes.cancelPending(*d->rows);
+    for (const qsizetype row : undone.revived)
+        d->gone[size_t(row)] = 0;
+    for (const qsizetype row : undone.dropped)
+        d->gone[size_t(row)] = 1;
+    rebuildOrder(*d);
+    placeAtFirst(*d);
+    notify(*d, RecordsetChange::Reset, -1);
+}
+
+bool Recordset::supports(CursorOption option) const {
+    if (!d->open)
+        return false;
+    switch (option) {
+    case CursorOption::AddNew:
+    case CursorOption::Update:
+    case CursorOption::Delete:
+    case CursorOption::UpdateBatch:
+        return d->target.isValid();
+    case CursorOption::Bookmark:
+    case CursorOption::MovePrevious:
+        return true; // client-side cursors always can
+    }
+    return false;
+}
+
+EditMode Recordset::editMode() const {
+    if (!d->open)
+        return EditMode::None;
+    if (d->changes.isEditing())
+        return d->changes.editMode();
+    if (d->place == Place::OnDeleted && d->batch())
+        return EditMode::Delete;
+    return EditMode::None;
+}
+
+int Recordset::fieldCount() const {
+    return d->open ? d->rows->columnCount() : 0;
+}
+
+Field Recordset::field(int index) const {
+    requireColumn(*d, index);
+    return Field(*this, index);
+}
+
+Field Recordset::field(const QString& name) const {
+    requireOpen(*d);
+    const int index = fieldIndex(name);
+    if (index < 0)
+        throw errors::itemNotFound();
+    return Field(*this, index);
+}
+
+int Recordset::fieldIndex(const QString& name) const {
+    return d->open ? columnByName(*d, name) : -1;
+}
+
+const ColumnInfo& Recordset::columnInfo(int index) const {
+    requireColumn(*d, index);
+    return d->rows->columns().at(index);
+}
+
+bool Recordset::isColumnUpdatable(int index) const {
+    return d->open && d->target.isValid() && d->target.writes(index) &&
+           !d->target.isAutoIncrement(index);
+}
+
+QVariant Recordset::value(int column) const {
+    requireColumn(*d, column);
+    return d->rows->value(currentRow(*d), column);
+}
+
+QVariant Recordset::value(const QString& name) const {
+    return field(name).value();
+}
+
+void Recordset::setValue(int column, const QVariant& value) {
+    requireColumn(*d, column);
+    const qsizetype row = currentRow(*d);
+    requireUpdatable(*d);
+    const bool adding = d->changes.editMode() == EditMode::Add && d->changes.editedRow() == row;
+    // The engine fills an auto-increment key; only a new row may be given one.
+    if (!d->target.writes(column) || (d->target.isAutoIncrement(column) && !adding))
+        throw errors::notUpdatable();
+    const QVariant converted = convertForColumn(value, d->rows->columns().at(column));
+    d->changes.beginEdit(*d->rows, row);
+    d->changes.assign(*d->rows, column, converted);
+    notify(*d, RecordsetChange::RowChanged, d->position);
+}
+
+void Recordset::setValue(const QString& name, const QVariant& value) {
+    field(name).setValue(value);
+}
+
+QVariant Recordset::originalValue(int column) const {
+    requireColumn(*d, column);
+    return d->changes.originalValue(*d->rows, currentRow(*d), column);
+}
+
+QVariant Recordset::valueAt(qsizetype position, int column) const {
+    requireColumn(*d, column);
+    if (position < 0 || position >= d->order.size())
+        throw errors::invalidArgument();
+    return d->rows->value(d->order.rowAt(position), column);
+}
+
+qsizetype Recordset::find(int column, const QVariant& value, qsizetype from,
+                          Qt::CaseSensitivity textCase) const {
+    requireColumn(*d, column);
+    return findValue(*d->rows, d->order.rows(), column, value, from, textCase);
+}
+
+int Recordset::subscribe(std::function<void(const RecordsetChange&)> listener) {
+    const int id = d->nextListener++;
+    d->listeners.emplace(id, std::move(listener));
+    return id;
+}
+
+void Recordset::unsubscribe(int id) {
+    d->listeners.erase(id);
+}
+
+const RowStore& Recordset::rows() const {
+    requireOpen(*d);
+    return *d->rows;
+}
+
+} // namespace vx

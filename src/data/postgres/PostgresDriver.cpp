@@ -1,0 +1,236 @@
+#include "data/postgres/PostgresDriver.h"
+
+#include "data/dialect/PostgresDialect.h"
+#include "data/dialect/SqlLexer.h"
+#include "data/postgres/PostgresCatalog.h"
+#include "data/postgres/PostgresErrors.h"
+#include "data/postgres/PostgresResultReader.h"
+#include "data/postgres/PostgresRowWriter.h"
+#include "data/postgres/PostgresSchema.h"
+#include "data/postgres/PostgresSession.h"
+
+#include <optional>
+
+namespace vx {
+
+using namespace postgres;
+
+namespace {
+
+constexpr const char* defaultConnectTimeout = "15";
+
+QString firstOf(const ConnectionProperties& properties, std::initializer_list<const char*> keys) {
+    for (const char* key : keys) {
+        const QString value = properties.value(QString::fromLatin1(key)).trimmed();
+        if (!value.isEmpty())
+            return value;
+    }
+    return {};
+}
+
+// libpq's keywords and values for the connection properties.
+std::vector<std::pair<QByteArray, QByteArray>>
+connectionSettings(const ConnectionProperties& properties, const QString& user,
+                   const QString& password) {
+    std::vector<std::pair<QByteArray, QByteArray>> settings;
+    auto add = [&](const char* keyword, const QString& value) {
+        if (!value.isEmpty())
+            settings.emplace_back(keyword, value.toUtf8());
+    };
+    add("host", firstOf(properties, {"Host", "Server"}));
+    add("port", firstOf(properties, {"Port"}));
+    add("dbname", firstOf(properties, {"Database", "Initial Catalog"}));
+    const QString propertyUser = firstOf(properties, {"User ID", "User", "UID"});
+    add("user", propertyUser.isEmpty() ? user : propertyUser);
+    // A password may be a blank or start with one: taken as given.
+    QString propertyPassword = properties.value(QStringLiteral("Password"));
+    if (propertyPassword.isEmpty())
+        propertyPassword = properties.value(QStringLiteral("PWD"));
+    add("password", propertyPassword.isEmpty() ? password : propertyPassword);
+    const QString timeout = firstOf(properties, {"Connect Timeout"});
+    add("connect_timeout",
+        timeout.isEmpty() ? QString::fromLatin1(defaultConnectTimeout) : timeout);
+    add("sslmode", firstOf(properties, {"SSL Mode", "sslmode"}));
+    add("application_name", QStringLiteral("VXUILib"));
+    add("client_encoding", QStringLiteral("UTF8"));
+    // Results are read in ISO form; ambiguous date input is month first, as the old engine read it.
+    add("options", QStringLiteral("-c DateStyle=ISO,MDY -c extra_float_digits=1"));
+    return settings;
+}
+
+QString commandWord(const QByteArray& statement) {
+    for (const auto& token : dialect::tokenize(QString::fromUtf8(statement.left(64)))) {
+        if (token.isSignificant())
+            return token.text.toUpper();
+    }
+    return {};
+}
+
+// "[KTItem]" and "\"KTItem\"" name the same table as "KTItem".
+QString plainTableName(const QString& table) {
+    const auto tokens = dialect::tokenize(table.trimmed());
+    return tokens.size() == 1 && tokens.front().isName() ? tokens.front().name() : table.trimmed();
+}
+
+} // namespace
+
+struct PostgresDriver::Private {
+    Session session;
+    Catalog catalog{session};
+    RowWriter writer{session, catalog};
+    std::optional<PostgresDialect> dialect;
+    bool caseInsensitiveText = false;
+
+    QList<QByteArray> rewrite(const QString& sql) const {
+        QList<QByteArray> statements;
+        for (const QString& statement : dialect->rewriteStatements(sql))
+            statements << statement.toUtf8();
+        return statements;
+    }
+};
+
+PostgresDriver::PostgresDriver()
+    : d(std::make_unique<Private>()) {}
+
+PostgresDriver::~PostgresDriver() {
+    close();
+}
+
+QString PostgresDriver::name() const {
+    return QStringLiteral("PostgreSQL");
+}
+
+void PostgresDriver::open(const ConnectionProperties& properties, const QString& user,
+                          const QString& password) {
+    close();
+    d->session.open(connectionSettings(properties, user, password));
+    try {
+        // Case-blind text needs nondeterministic ICU collations (server 12 and later).
+        const ResultHandle facts =
+            d->session.run("SELECT current_setting('server_version_num')::int >= 120000 AND "
+                           "EXISTS (SELECT 1 FROM pg_collation WHERE collprovider = 'i')");
+        d->caseInsensitiveText = PQgetvalue(facts.get(), 0, 0)[0] == 't';
+    } catch (...) {
+        close();
+        throw;
+    }
+    d->dialect.emplace(d->caseInsensitiveText);
+}
+
+void PostgresDriver::close() {
+    d->session.close();
+    d->catalog.clear();
+    d->dialect.reset();
+}
+
+bool PostgresDriver::isOpen() const {
+    return d->session.isOpen();
+}
+
+bool PostgresDriver::caseInsensitiveText() const {
+    return d->caseInsensitiveText;
+}
+
+qint64 PostgresDriver::execute(const QString& sql) {
+    d->session.connection();
+    const QList<QByteArray> statements = d->rewrite(sql);
+    if (statements.isEmpty())
+        return -1;
+    bool changesTables = false;
+    for (const QByteArray& statement : statements) {
+        const QString word = commandWord(statement);
+        changesTables =
+            changesTables || !(word == u"SELECT" || word == u"INSERT" || word == u"UPDATE" ||
+                               word == u"DELETE" || word == u"WITH" || word == u"VALUES");
+    }
+    ResultHandle result;
+    try {
+        result = d->session.runAll(statements);
+    } catch (const Error& error) {
+        if (changesTables)
+            d->catalog.clear();
+        throw spelledAsWritten(error, sql);
+    }
+    if (changesTables)
+        d->catalog.clear();
+    const QByteArray command = PQcmdStatus(result.get());
+    const bool changesRows = command.startsWith("INSERT") || command.startsWith("UPDATE") ||
+                             command.startsWith("DELETE") || command.startsWith("MERGE");
+    return changesRows ? QByteArray(PQcmdTuples(result.get())).toLongLong() : -1;
+}
+
+std::unique_ptr<RowStore> PostgresDriver::select(const QString& sql) {
+    d->session.connection();
+    const QList<QByteArray> statements = d->rewrite(sql);
+    if (statements.isEmpty())
+        throw Error(ErrorNumber::InvalidArgument,
+                    QStringLiteral("Command text was not set for the command object."));
+    if (statements.size() > 1)
+        throw Error(ErrorNumber::SyntaxError,
+                    QStringLiteral("Characters found after end of SQL statement."));
+    ResultHandle result;
+    try {
+        result = d->session.run(statements.front());
+    } catch (const Error& error) {
+        throw spelledAsWritten(error, sql);
+    }
+    return readResult(result.get(), d->catalog, sql);
+}
+
+std::unique_ptr<RowStore> PostgresDriver::selectTable(const QString& table) {
+    d->session.connection();
+    const CatalogTable& target = d->catalog.resolve(plainTableName(table));
+    const QString sql = QStringLiteral("SELECT * FROM ") + QString::fromUtf8(target.quotedName());
+    const ResultHandle result = d->session.run(sql.toUtf8());
+    return readResult(result.get(), d->catalog, sql);
+}
+
+void PostgresDriver::beginTransaction() {
+    d->session.begin();
+}
+
+void PostgresDriver::commitTransaction() {
+    d->session.commit();
+}
+
+void PostgresDriver::rollbackTransaction() {
+    d->session.rollback();
+}
+
+int PostgresDriver::transactionLevel() const {
+    return d->session.level();
+}
+
+QList<TableEntry> PostgresDriver::tables() {
+    return readTables(d->session);
+}
+
+QList<ProviderTypeEntry> PostgresDriver::providerTypes() {
+    d->session.connection();
+    return postgresProviderTypes();
+}
+
+QVariant PostgresDriver::insertRow(const QString& table, const QStringList& columns,
+                                   const QVariantList& values, const QString& autoIncrementColumn) {
+    d->session.connection();
+    return d->writer.insert(table, columns, values, autoIncrementColumn);
+}
+
+qint64 PostgresDriver::updateRow(const QString& table, const QStringList& columns,
+                                 const QVariantList& values, const QStringList& keyColumns,
+                                 const QVariantList& keyValues) {
+    d->session.connection();
+    return d->writer.update(table, columns, values, keyColumns, keyValues);
+}
+
+qint64 PostgresDriver::deleteRow(const QString& table, const QStringList& keyColumns,
+                                 const QVariantList& keyValues) {
+    d->session.connection();
+    return d->writer.remove(table, keyColumns, keyValues);
+}
+
+std::unique_ptr<Driver> createPostgresDriver() {
+    return std::make_unique<PostgresDriver>();
+}
+
+} // namespace vx

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "data/postgres/PostgresHandles.h"
+
+#include <QByteArray>
+#include <QList>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace vx::postgres {
+
+// Text parameters of one statement ($1, $2 ...); an empty optional is SQL null.
+using Parameters = std::vector<std::optional<QByteArray>>;
+
+// One server connection and the transactions open on it. Statements run as the old engine ran
+// them: a failing statement inside a transaction undoes only itself and leaves the transaction
+// usable (PostgreSQL would abort the whole transaction), so each one there runs under a
+// savepoint, sent in the same round trip.
+class Session {
+public:
+    Session();
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    // Connection keywords and values as libpq takes them ("host", "port", "dbname" ...).
+    void open(const std::vector<std::pair<QByteArray, QByteArray>>& settings);
+    void close();
+    bool isOpen() const;
+    // Throws ObjectClosed when not open.
+    PGconn* connection() const;
+
+    // One statement, with parameters. Returns its result; a failure throws vx::Error.
+    ResultHandle run(const QByteArray& sql, const Parameters& parameters = {});
+    // Several statements as one unit: all take effect or none. Returns the last one's result.
+    ResultHandle runAll(const QList<QByteArray>& statements);
+
+    void begin();
+    void commit();
+    void rollback();
+    int level() const;
+
+private:
+    struct Command {
+        const QByteArray* sql;
+        const Parameters* parameters;
+    };
+    ResultHandle runPipeline(const std::vector<Command>& commands);
+    void control(const char* sql);
+
+    ConnectionHandle m_connection;
+    mutable int m_level = 0; // corrected when the server ended the transaction
+};
+
+} // namespace vx::postgres

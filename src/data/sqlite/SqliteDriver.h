@@ -1,0 +1,46 @@
+#pragma once
+
+#include "data/Driver.h"
+
+namespace vx {
+
+// The embedded engine: one repository file, opened in WAL mode with a busy timeout so that a
+// second writer waits rather than fails. Connection keys: "Data Source" (the file),
+// "Busy Timeout" (milliseconds, 10000 unless given), "Create If Missing" (True to create a new
+// file; otherwise a missing file is an error), "Mode" ("Read" opens read-only).
+class SqliteDriver : public Driver {
+public:
+    SqliteDriver();
+    ~SqliteDriver() override;
+
+    QString name() const override;
+    void open(const ConnectionProperties& properties, const QString& user,
+              const QString& password) override;
+    void close() override;
+    bool isOpen() const override;
+
+    qint64 execute(const QString& sql) override;
+    std::unique_ptr<RowStore> select(const QString& sql) override;
+    std::unique_ptr<RowStore> selectTable(const QString& table) override;
+
+    void beginTransaction() override;
+    void commitTransaction() override;
+    void rollbackTransaction() override;
+    int transactionLevel() const override;
+
+    QList<TableEntry> tables() override;
+    QList<ProviderTypeEntry> providerTypes() override;
+
+    QVariant insertRow(const QString& table, const QStringList& columns, const QVariantList& values,
+                       const QString& autoIncrementColumn) override;
+    qint64 updateRow(const QString& table, const QStringList& columns, const QVariantList& values,
+                     const QStringList& keyColumns, const QVariantList& keyValues) override;
+    qint64 deleteRow(const QString& table, const QStringList& keyColumns,
+                     const QVariantList& keyValues) override;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> const d;
+};
+
+} // namespace vx

@@ -1,0 +1,104 @@
+#include "data/ConnectionProperties.h"
+
+#include "ScratchDatabase.h"
+#include "data/Error.h"
+
+#include <QFile>
+#include <QStringDecoder>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace vx::test {
+namespace {
+
+TEST(ConnectionProperties, ParsesKeysAndQuotedValues) {
+    const auto properties = ConnectionProperties::parse(QStringLiteral(
+        "Provider=SQLite; data source = \"C:\\a;b\\x.db\" ;"
+        "Jet OLEDB:Database Password = ' morvantel';Name='it''s';Other=\"a\"\"b\";"));
+    EXPECT_EQ(properties.value(QStringLiteral("PROVIDER")), u"SQLite");
+    EXPECT_EQ(properties.value(QStringLiteral("Data Source")), u"C:\\a;b\\x.db");
+    // The blank inside the quotes belongs to the password.
+    EXPECT_EQ(properties.value(QStringLiteral("jet oledb:database password")), u" morvantel");
+    EXPECT_EQ(properties.value(QStringLiteral("name")), u"it's");
+    EXPECT_EQ(properties.value(QStringLiteral("other")), u"a\"b");
+    EXPECT_FALSE(properties.contains(QStringLiteral("User ID")));
+    EXPECT_EQ(properties.value(QStringLiteral("User ID"), QStringLiteral("none")), u"none");
+    EXPECT_EQ(properties.entries().size(), 5);
+}
+
+TEST(ConnectionProperties, MergeKeepsOwnValuesAndSetReplacesByAnyCase) {
+    auto own = ConnectionProperties::parse(QStringLiteral("Data Source=mine.db"));
+    own.mergeMissing(
+        ConnectionProperties::parse(QStringLiteral("Provider=SQLite;DATA SOURCE=theirs.db")));
+    EXPECT_EQ(own.value(QStringLiteral("data source")), u"mine.db");
+    EXPECT_EQ(own.value(QStringLiteral("provider")), u"SQLite");
+    own.set(QStringLiteral("PROVIDER"), QStringLiteral("PostgreSQL"));
+    EXPECT_EQ(own.value(QStringLiteral("Provider")), u"PostgreSQL");
+    EXPECT_EQ(own.entries().size(), 2);
+}
+
+TEST(ConnectionProperties, MalformedTextIsRefusedClearly) {
+    EXPECT_TRUE(errorOf([] { ConnectionProperties::parse(QStringLiteral("Provider=SQLite;junk")); },
+                        ErrorNumber::InvalidArgument)
+                    .contains(u"junk"));
+    errorOf([] { ConnectionProperties::parse(QStringLiteral("Password='open")); },
+            ErrorNumber::InvalidArgument);
+    errorOf([] { ConnectionProperties::parse(QStringLiteral("=value")); },
+            ErrorNumber::InvalidArgument);
+}
+
+TEST(DataLinkFile, WritesTheUtf16FormAndReadsItBack) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("group.udl"));
+    writeDataLinkFile(path, QStringLiteral("Provider=SQLite;Data Source=\"r\u00e9po.db\""));
+
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    ASSERT_TRUE(bytes.startsWith("\xFF\xFE"));
+    const QString text = QStringDecoder(QStringDecoder::Utf16LE).decode(bytes.mid(2));
+    EXPECT_TRUE(text.startsWith(
+        QStringLiteral("[oledb]\r\n; Everything after this line is an OLE DB initstring\r\n"
+                       "Provider=SQLite;")));
+
+    const auto properties = readDataLinkFile(path);
+    EXPECT_EQ(properties.value(QStringLiteral("Data Source")), u"r\u00e9po.db");
+    EXPECT_EQ(properties.value(QStringLiteral("Provider")), u"SQLite");
+}
+
+TEST(DataLinkFile, ReadsPlainUtf8WithOrWithoutHeader) {
+    QTemporaryDir folder;
+    const QString withHeader = folder.filePath(QStringLiteral("a.udl"));
+    const QString bare = folder.filePath(QStringLiteral("b.udl"));
+    QFile a(withHeader), b(bare);
+    ASSERT_TRUE(a.open(QIODevice::WriteOnly) && b.open(QIODevice::WriteOnly));
+    a.write("[oledb]\n; Everything after this line is an OLE DB initstring\n"
+            "Provider=SQLite;Data Source=a.db\n");
+    b.write("\xEF\xBB\xBFProvider=SQLite;Data Source=b.db");
+    a.close();
+    b.close();
+    EXPECT_EQ(readDataLinkFile(withHeader).value(QStringLiteral("Data Source")), u"a.db");
+    EXPECT_EQ(readDataLinkFile(bare).value(QStringLiteral("Data Source")), u"b.db");
+}
+
+TEST(DataLinkFile, MissingEmptyOrHeaderOnlyFilesNameTheFile) {
+    QTemporaryDir folder;
+    const QString missing = folder.filePath(QStringLiteral("missing.udl"));
+    EXPECT_TRUE(
+        errorOf([&] { readDataLinkFile(missing); }, ErrorNumber::Unspecified).contains(missing));
+
+    const QString empty = folder.filePath(QStringLiteral("empty.udl"));
+    QFile(empty).open(QIODevice::WriteOnly);
+    EXPECT_TRUE(
+        errorOf([&] { readDataLinkFile(empty); }, ErrorNumber::Unspecified).contains(empty));
+
+    const QString headerOnly = folder.filePath(QStringLiteral("header.udl"));
+    writeDataLinkFile(headerOnly, QString());
+    EXPECT_TRUE(errorOf([&] { readDataLinkFile(headerOnly); }, ErrorNumber::Unspecified)
+                    .contains(headerOnly));
+
+    errorOf([] { readDataLinkFile(QString()); }, ErrorNumber::InvalidArgument);
+}
+
+} // namespace
+} // namespace vx::test

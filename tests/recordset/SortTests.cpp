@@ -1,0 +1,128 @@
+#include "FakeDriver.h"
+#include "data/Recordset.h"
+
+#include <QRandomGenerator>
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <numeric>
+
+using namespace vx;
+using vx::test::column;
+using vx::test::makeStore;
+
+namespace {
+
+QVariantList columnValues(const Recordset& set, int column) {
+    QVariantList values;
+    for (qsizetype p = 0; p < set.recordCount(); ++p)
+        values << set.valueAt(p, column);
+    return values;
+}
+
+Recordset people() {
+    return Recordset::fromRows(
+        makeStore({column("id", DataType::Integer), column("name", DataType::VarWChar),
+                   column("city", DataType::VarWChar), column("born", DataType::Date),
+                   column("score", DataType::Double)},
+                  {{1, "bob", "Oslo", "1990-05-01", 2.5},
+                   {2, "Alice", "oslo", "1985-01-20", QVariant()},
+                   {3, QVariant(), "Bergen", QVariant(), -1.0},
+                   {4, "alice", "Bergen", "1985-01-20 08:00:00", 10.0},
+                   {5, "Carol", QVariant(), "2001-12-31", 2.5}}));
+}
+
+} // namespace
+
+TEST(Sort, SingleKeysByValueAndCaseInsensitiveTextNullsFirst) {
+    Recordset set = people();
+    set.setSort("name");
+    // Equal names ("Alice", "alice") keep storage order; null first.
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{3, 2, 4, 1, 5}));
+    set.setSort("[name] DESC");
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{5, 1, 2, 4, 3})); // null last
+    set.setSort("born ASC");
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{3, 2, 4, 1, 5})); // by date and time
+    set.setSort("score desc");
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{4, 1, 5, 3, 2}));
+    set.setSort("");
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{1, 2, 3, 4, 5}));
+    EXPECT_EQ(set.position(), 0); // a new sort starts at the first row
+}
+
+TEST(Sort, SeveralKeysInMixedDirections) {
+    Recordset set = people();
+    set.setSort("[city] ASC, [score] DESC");
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{5, 4, 3, 1, 2}));
+    set.setSort("city DESC,id DESC");
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{2, 1, 4, 3, 5}));
+    EXPECT_EQ(set.sort(), QStringLiteral("city DESC,id DESC"));
+}
+
+TEST(Sort, UnknownColumnIsRefusedAndChangesNothing) {
+    Recordset set = people();
+    set.setSort("id DESC");
+    for (const char* bad : {"nosuch", "[name] ASC, [nosuch] DESC", "name UPWARDS", "id,"}) {
+        try {
+            set.setSort(QString::fromLatin1(bad));
+            ADD_FAILURE() << "accepted " << bad;
+        } catch (const Error& error) {
+            EXPECT_EQ(error.number(), ErrorNumber::ItemNotFound) << bad;
+            EXPECT_EQ(error.description(),
+                      QStringLiteral("Item cannot be found in the collection corresponding to "
+                                     "the requested name or ordinal."));
+        }
+    }
+    EXPECT_EQ(set.sort(), QStringLiteral("id DESC"));
+    EXPECT_EQ(columnValues(set, 0), (QVariantList{5, 4, 3, 2, 1}));
+}
+
+TEST(Sort, BookmarksStayWithTheirRows) {
+    Recordset set = people();
+    set.setPosition(3);
+    const Bookmark mark = set.bookmark();
+    for (const char* sort : {"name DESC", "born", "score DESC, id", ""}) {
+        set.setSort(QString::fromLatin1(sort));
+        set.setBookmark(mark);
+        EXPECT_EQ(set.value("id"), QVariant(4)) << sort;
+        EXPECT_EQ(set.bookmarkAt(set.positionOf(mark)), mark);
+    }
+}
+
+// Against a plain reference: QString case-insensitive comparison, stable on storage order.
+TEST(Sort, MatchesAReferenceOrderOnRandomText) {
+    QRandomGenerator random(20240315);
+    const QStringList pieces = {"a", "B",  "ab", "AB", "abcdefgh", "ABCDEFGHij", "abcdefghI",
+                                "z", "Zz", "0",  "_",  "",         "abcdefgh0",  "ABCDEFGH"};
+    QList<QVariantList> rows;
+    QList<QString> texts;
+    for (int i = 0; i < 400; ++i) {
+        QString text =
+            pieces[random.bounded(int(pieces.size()))] + pieces[random.bounded(int(pieces.size()))];
+        const bool null = random.bounded(10) == 0;
+        rows << QVariantList{i, null ? QVariant() : QVariant(text), random.bounded(5) - 2};
+        texts << (null ? QString() : text);
+    }
+    Recordset set = Recordset::fromRows(
+        makeStore({column("id", DataType::Integer), column("text", DataType::VarWChar),
+                   column("group", DataType::Integer)},
+                  rows));
+
+    QList<int> expected(400);
+    std::iota(expected.begin(), expected.end(), 0);
+    std::stable_sort(expected.begin(), expected.end(), [&](int a, int b) {
+        const QVariant& ga = rows[a][2];
+        const QVariant& gb = rows[b][2];
+        if (ga.toInt() != gb.toInt())
+            return ga.toInt() > gb.toInt();
+        const bool na = !rows[a][1].isValid();
+        const bool nb = !rows[b][1].isValid();
+        if (na || nb)
+            return na && !nb;
+        return texts[a].compare(texts[b], Qt::CaseInsensitive) < 0;
+    });
+    set.setSort("[group] DESC, [text]");
+    QVariantList expectedIds;
+    for (int id : expected)
+        expectedIds << id;
+    EXPECT_EQ(columnValues(set, 0), expectedIds);
+}
