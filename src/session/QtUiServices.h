@@ -1,0 +1,23 @@
+#pragma once
+
+#include "session/UiServices.h"
+
+namespace vx {
+
+// The services a real user sees: Qt's standard dialogs and the desktop's programs.
+class QtUiServices : public UiServices {
+public:
+    MessageAnswer messageBox(const QString& text, int style, const QString& title) override;
+    std::optional<QString> inputBox(const QString& prompt, const QString& title,
+                                    const QString& defaultText) override;
+    QString browseForFolder(QWidget* owner, const QString& title) override;
+    void setBusyCursor(bool busy) override;
+    void processEvents() override;
+    void sleep(int milliseconds) override;
+    bool shellExecute(const QString& verb, const QString& file) override;
+
+private:
+    int m_busyDepth = 0;
+};
+
+} // namespace vx

@@ -1,0 +1,158 @@
+#include "session/Conversions.h"
+
+#include "data/Error.h"
+
+#include <QLocale>
+#include <gtest/gtest.h>
+#include <limits>
+
+using namespace vx;
+
+namespace {
+
+// Conversions follow the user's locale; each test picks one and puts the old one back.
+class LocaleScope {
+public:
+    explicit LocaleScope(const QLocale& locale) { QLocale::setDefault(locale); }
+    ~LocaleScope() { QLocale::setDefault(m_previous); }
+
+private:
+    QLocale m_previous;
+};
+
+qint32 errorNumberOf(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const Error& error) {
+        return error.number();
+    }
+    return 0;
+}
+
+const QLocale us(QLocale::English, QLocale::UnitedStates);
+const QLocale germany(QLocale::German, QLocale::Germany);
+const QLocale britain(QLocale::English, QLocale::UnitedKingdom);
+
+} // namespace
+
+TEST(Conversions, TextToBoolean) {
+    LocaleScope scope(us);
+    EXPECT_TRUE(textToBoolean("TRUE"));
+    EXPECT_TRUE(textToBoolean(" true "));
+    EXPECT_FALSE(textToBoolean("False"));
+    EXPECT_TRUE(textToBoolean("-1"));
+    EXPECT_TRUE(textToBoolean("0.5"));
+    EXPECT_FALSE(textToBoolean("0"));
+    EXPECT_FALSE(textToBoolean("0.0"));
+    for (const char* bad : {"", "yes", "t", "1x"})
+        EXPECT_EQ(errorNumberOf([&] { textToBoolean(bad); }), ErrorNumber::TypeMismatch) << bad;
+}
+
+TEST(Conversions, ToInt32RoundsHalvesToEvenAndChecksRange) {
+    LocaleScope scope(us);
+    EXPECT_EQ(toInt32(2.5), 2);
+    EXPECT_EQ(toInt32(3.5), 4);
+    EXPECT_EQ(toInt32(-2.5), -2);
+    EXPECT_EQ(toInt32(-3.5), -4);
+    EXPECT_EQ(toInt32(2.5000001), 3);
+    EXPECT_EQ(toInt32(QString("0.5")), 0);
+    EXPECT_EQ(toInt32(QString(" 1.5 ")), 2);
+    EXPECT_EQ(toInt32(QString("1e3")), 1000);
+    EXPECT_EQ(toInt32(QString("&H10")), 16);
+    EXPECT_EQ(toInt32(true), -1);
+    EXPECT_EQ(toInt32(2147483647.4), 2147483647);
+    EXPECT_EQ(toInt32(-2147483648.0), std::numeric_limits<qint32>::min());
+    EXPECT_EQ(toInt32(qint64(-5)), -5);
+
+    for (const QVariant& big : {QVariant(2147483647.5), QVariant(-2147483649.0),
+                                QVariant(qint64(1) << 40), QVariant(QString("3000000000"))})
+        EXPECT_EQ(errorNumberOf([&] { toInt32(big); }), ErrorNumber::Overflow)
+            << big.toString().toStdString();
+    for (const QVariant& bad : {QVariant(QString("")), QVariant(QString("12abc")),
+                                QVariant(QString("nan")), QVariant(QString("inf"))})
+        EXPECT_EQ(errorNumberOf([&] { toInt32(bad); }), ErrorNumber::TypeMismatch)
+            << bad.toString().toStdString();
+    EXPECT_NE(errorNumberOf([] { toInt32(QVariant()); }), 0) << "a null has no number";
+
+    EXPECT_EQ(toInt16(32767.4), 32767);
+    EXPECT_EQ(toInt16(QString("-32768")), -32768);
+    EXPECT_EQ(errorNumberOf([] { toInt16(32767.5); }), ErrorNumber::Overflow);
+}
+
+TEST(Conversions, NumbersReadByTheUsersLocale) {
+    LocaleScope scope(germany);
+    EXPECT_EQ(toInt32(QString("2,5")), 2);
+    EXPECT_EQ(toInt32(QString("3,5")), 4);
+    EXPECT_DOUBLE_EQ(toDouble(QString("1.5")), 1.5) << "the C form still reads";
+}
+
+TEST(Conversions, TextToDateUsesTheShortDateFormat) {
+    {
+        LocaleScope scope(us);
+        EXPECT_EQ(textToDate("3/15/2024"), QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
+        EXPECT_EQ(textToDate("03/05/2024"), QDateTime(QDate(2024, 3, 5), QTime(0, 0)));
+        EXPECT_EQ(textToDate("3/15/24").date(), QDate(2024, 3, 15));
+        EXPECT_EQ(textToDate("3/15/45").date(), QDate(1945, 3, 15));
+        EXPECT_EQ(textToDate("3/15/2024 14:30"), QDateTime(QDate(2024, 3, 15), QTime(14, 30)));
+        EXPECT_EQ(textToDate("3/15/2024 2:30:05 PM"),
+                  QDateTime(QDate(2024, 3, 15), QTime(14, 30, 5)));
+        EXPECT_EQ(textToDate("2024-03-15"), QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
+        EXPECT_EQ(textToDate("2024-03-15 08:09:10"),
+                  QDateTime(QDate(2024, 3, 15), QTime(8, 9, 10)));
+        EXPECT_EQ(textToDate("14:30"), QDateTime(QDate(1899, 12, 30), QTime(14, 30)));
+        for (const char* bad : {"", "15/15/2024", "2/30/2024", "soon"})
+            EXPECT_EQ(errorNumberOf([&] { textToDate(bad); }), ErrorNumber::TypeMismatch) << bad;
+    }
+    LocaleScope scope(britain);
+    EXPECT_EQ(textToDate("05/03/2024").date(), QDate(2024, 3, 5));
+    EXPECT_EQ(textToDate("15/03/2024").date(), QDate(2024, 3, 15));
+}
+
+TEST(Conversions, NumberToTextHasTheLeadingBlank) {
+    EXPECT_EQ(numberToText(qint64(42)), " 42");
+    EXPECT_EQ(numberToText(qint64(0)), " 0");
+    EXPECT_EQ(numberToText(qint64(-7)), "-7");
+    EXPECT_EQ(numberToText(2.5), " 2.5");
+    EXPECT_EQ(numberToText(-0.25), "-.25");
+    EXPECT_EQ(numberToText(0.5), " .5");
+    EXPECT_EQ(numberToText(-0.0), " 0");
+    EXPECT_EQ(numberToText(100.0), " 100");
+    EXPECT_EQ(numberToText(1e20), " 1E+20");
+    EXPECT_EQ(numberToText(0.1 + 0.2), " .3") << "fifteen significant digits";
+}
+
+TEST(Conversions, FormatDateTimePatterns) {
+    LocaleScope scope(us);
+    const QDateTime moment(QDate(2016, 11, 7), QTime(20, 45, 12));
+    EXPECT_EQ(formatDateTime(moment, "mm/dd/yyyy"), "11/07/2016");
+    EXPECT_EQ(formatDateTime(moment, "dd/mm/yyyy"), "07/11/2016");
+    EXPECT_EQ(formatDateTime(moment, "ddmmyy"), "071116");
+    EXPECT_EQ(formatDateTime(moment, "hhmmss"), "204512") << "m after h is minutes";
+    EXPECT_EQ(formatDateTime(moment, "ddmmyy") + formatDateTime(moment, "hhmmss"), "071116204512");
+    EXPECT_EQ(formatDateTime(moment, "yyyy-mm-dd hh:nn:ss"), "2016-11-07 20:45:12");
+    EXPECT_EQ(formatDateTime(moment, "h:mm AM/PM"), "8:45 PM");
+    EXPECT_EQ(formatDateTime(moment, "d mmm yyyy"), "7 Nov 2016");
+    EXPECT_EQ(formatDateTime(moment, "\"day\" d"), "day 7");
+    EXPECT_EQ(formatDateTime(moment, "Short Date"), "11/7/2016");
+    EXPECT_EQ(formatDateTime(QDateTime(), "mm/dd/yyyy"), "");
+    LocaleScope german(germany);
+    EXPECT_EQ(formatDateTime(moment, "Short Date"), "07.11.2016");
+}
+
+TEST(Conversions, FormatNumberPatterns) {
+    LocaleScope scope(us);
+    EXPECT_EQ(formatNumber(0, "0000"), "0000");
+    EXPECT_EQ(formatNumber(7, "0000"), "0007");
+    EXPECT_EQ(formatNumber(12345, "0000"), "12345");
+    EXPECT_EQ(formatNumber(2.5, "0000"), "0003") << "displayed halves round away from zero";
+    EXPECT_EQ(formatNumber(2.5, "#########.##"), "2.5");
+    EXPECT_EQ(formatNumber(3, "#########.##"), "3");
+    EXPECT_EQ(formatNumber(2.675, "#########.##"), "2.68");
+    EXPECT_EQ(formatNumber(0.004, "#########.##"), "0");
+    EXPECT_EQ(formatNumber(0.125, "#########.##"), "0.13");
+    EXPECT_EQ(formatNumber(9.999, "#########.##"), "10");
+    EXPECT_EQ(formatNumber(-1.5, "#########.##"), "-1.5");
+    EXPECT_EQ(formatNumber(1234567.891, "#,##0.00"), "1,234,567.89");
+    LocaleScope german(germany);
+    EXPECT_EQ(formatNumber(2.5, "#########.##"), "2,5");
+}

@@ -1,0 +1,166 @@
+#include "session/FormDefinition.h"
+
+#include "data/Error.h"
+#include "session/LibraryState.h"
+#include "session/Schema.h"
+#include "support/TestEnvironment.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QThread>
+#include <gtest/gtest.h>
+
+using namespace vx;
+
+namespace {
+
+const QByteArray invoiceForm = R"(<?xml version="1.0"?>
+<form>
+  <controls>
+    <control>
+      <type>EditField</type><caption>Customer</caption>
+      <columnname>customer</columnname><allowupdate>TRUE</allowupdate>
+    </control>
+    <control>
+      <type>NumericField</type><caption>Amount</caption>
+      <columnname>Amount</columnname><allowupdate>false</allowupdate>
+      <literalprefix>#</literalprefix>
+    </control>
+    <control>
+      <type>DateField</type><caption>Due</caption>
+      <columnname>Due</columnname><allowupdate>false</allowupdate>
+    </control>
+  </controls>
+</form>
+)";
+
+// One control lacks <allowupdate>, so the counts differ.
+const QByteArray unevenForm = R"(<controls>
+  <control><columnname>a</columnname><allowupdate>first</allowupdate></control>
+  <control><columnname>b</columnname></control>
+  <control><columnname>c</columnname><allowupdate>third</allowupdate></control>
+</controls>)";
+
+} // namespace
+
+TEST(GetControlValuesFromXML, FindsAFieldsPropertyByItsColumn) {
+    test::TestEnvironment env;
+    library().formDefinitionPath = env.writeFile("Invoices.xml", invoiceForm);
+
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Customer", "Type"), "EditField");
+    EXPECT_EQ(GetControlValuesFromXML("COLUMNNAME", "amount", "Type"), "NumericField");
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "due", "AllowUpdate"), "false");
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Customer", "AllowUpdate"), "TRUE")
+        << "the returned text keeps its case";
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Nobody", "Type"), "Not Found");
+    EXPECT_EQ(fieldTypeFromName(GetControlValuesFromXML("ColumnName", "Nobody", "Type")),
+              FieldType::Unknown);
+    // Only one control has the wanted element: it answers for every control.
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Due", "LiteralPrefix"), "#");
+    // No control has it: found, but empty.
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Due", "HintListType"), "");
+    EXPECT_TRUE(env.ui().prompts().isEmpty());
+}
+
+TEST(GetControlValuesFromXML, UnevenCountsReadTheFirstWantedElement) {
+    test::TestEnvironment env;
+    library().formDefinitionPath = env.writeFile("uneven.xml", unevenForm);
+    EXPECT_EQ(GetControlValuesFromXML("columnname", "a", "allowupdate"), "first");
+    EXPECT_EQ(GetControlValuesFromXML("columnname", "c", "allowupdate"), "first");
+}
+
+TEST(GetControlValuesFromXML, ReportsAnUnreadableFileAndReturnsEmpty) {
+    test::TestEnvironment env;
+    library().formDefinitionPath = env.filePath("missing.xml");
+    env.ui().answerMessage(MessageAnswer::Ok);
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Customer", "Type"), "");
+    ASSERT_EQ(env.ui().prompts().size(), 1);
+    const test::Prompt missing = env.ui().prompts().front();
+    EXPECT_EQ(missing.title, "GetControlValuesFromXML");
+    EXPECT_EQ(missing.icon, MessageStyle::Critical);
+    EXPECT_EQ(missing.buttons, MessageStyle::OkOnly);
+    EXPECT_TRUE(missing.text.contains("missing.xml")) << missing.text.toStdString();
+
+    library().formDefinitionPath = env.writeFile("broken.xml", "<controls><control>");
+    env.ui().answerMessage(MessageAnswer::Ok);
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Customer", "Type"), "");
+    ASSERT_EQ(env.ui().prompts().size(), 2);
+    EXPECT_TRUE(env.ui().prompts()[1].text.contains("not well-formed"));
+}
+
+TEST(GetControlValuesFromXML, CacheIsDroppedOnRequestAndWhenTheFileChanges) {
+    test::TestEnvironment env;
+    const QString path = env.writeFile("Invoices.xml", invoiceForm);
+    library().formDefinitionPath = path;
+    ASSERT_EQ(GetControlValuesFromXML("ColumnName", "Due", "Type"), "DateField");
+
+    // Same size and, on a coarse clock, the same time stamp: only clearing the cache shows it.
+    QByteArray edited = invoiceForm;
+    edited.replace("<type>DateField</type>", "<type>MemoField</type>");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const QDateTime stamp = file.fileTime(QFileDevice::FileModificationTime);
+    file.write(edited);
+    file.flush(); // the stamp must be set after the bytes reach the file
+    file.setFileTime(stamp, QFileDevice::FileModificationTime);
+    file.close();
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Due", "Type"), "DateField");
+    clearFormDefinitionCache();
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Due", "Type"), "MemoField");
+
+    // A new path is a different file.
+    library().formDefinitionPath = env.writeFile("uneven.xml", unevenForm);
+    EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Due", "Type"), "Not Found");
+}
+
+TEST(FormDefinition, ListsControlsInDocumentOrder) {
+    test::TestEnvironment env;
+    const FormDefinition form = FormDefinition::load(env.writeFile("f.xml", invoiceForm));
+    ASSERT_EQ(form.controls().size(), 3);
+    EXPECT_EQ(form.controls()[0].columnName, "customer");
+    EXPECT_EQ(form.controls()[1].type, "NumericField");
+    EXPECT_EQ(form.controls()[1].literalPrefix, "#");
+    EXPECT_EQ(form.controls()[2].caption, "Due");
+    EXPECT_EQ(form.controls()[2].value("CAPTION"), "Due");
+    ASSERT_NE(form.controlForColumn("CUSTOMER"), nullptr);
+    EXPECT_EQ(form.controlForColumn("CUSTOMER")->allowUpdate, "TRUE");
+    EXPECT_EQ(form.controlForColumn("nobody"), nullptr);
+
+    // A control outside a controls element is not a form field.
+    const FormDefinition stray = FormDefinition::fromText(
+        "<form><control><columnname>x</columnname></control><controls/></form>");
+    EXPECT_TRUE(stray.controls().isEmpty());
+    EXPECT_THROW(FormDefinition::fromText("<controls>"), Error);
+    EXPECT_THROW(FormDefinition::load(env.filePath("none.xml")), Error);
+}
+
+TEST(Schema, FieldTypeNamesAreExact) {
+    for (FieldType type : {FieldType::Memo, FieldType::Edit, FieldType::Numeric, FieldType::Check,
+                           FieldType::Combo, FieldType::List, FieldType::Date})
+        EXPECT_EQ(fieldTypeFromName(fieldTypeName(type)), type);
+    EXPECT_EQ(fieldTypeName(FieldType::Combo), "ComboField");
+    EXPECT_EQ(fieldTypeFromName("editfield"), FieldType::Unknown);
+    EXPECT_EQ(fieldTypeFromName("EditField "), FieldType::Unknown);
+    EXPECT_EQ(fieldTypeFromName(""), FieldType::Unknown);
+    EXPECT_EQ(hintTableName("Invoices", "Customer"), "InvoicesCustomerHints");
+}
+
+TEST(LibraryState, EachThreadHasItsOwnValues) {
+    test::TestEnvironment env;
+    library().securityTablePresent = true;
+    library().formDefinitionPath = "main.xml";
+    bool otherSawSecurity = true;
+    QString otherPath = "unset";
+    std::unique_ptr<QThread> thread(QThread::create([&] {
+        otherSawSecurity = library().securityTablePresent;
+        otherPath = library().formDefinitionPath;
+        library().securityTablePresent = true;
+    }));
+    thread->start();
+    thread->wait();
+    EXPECT_FALSE(otherSawSecurity);
+    EXPECT_EQ(otherPath, "");
+    resetLibraryState();
+    EXPECT_FALSE(library().securityTablePresent);
+    EXPECT_EQ(library().mediaSizeMB, 0);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "core/SampleBuilder.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+namespace vx::test {
+
+// A fresh copy of the sample repository (group "Invoices" of library "Main") in a temporary
+// folder of its own, removed with the object. The sample is built once per test process and
+// copied, so each test may change its copy freely.
+//
+// When VXUILIB_SYSTEM_DIR is set (as TestEnvironment sets it), the copy is also listed in that
+// system folder's library catalog; otherwise call registerInCatalog() with a catalog path.
+class SampleRepository {
+public:
+    SampleRepository();
+    ~SampleRepository();
+    SampleRepository(const SampleRepository&) = delete;
+    SampleRepository& operator=(const SampleRepository&) = delete;
+
+    static inline const QString GroupName = QStringLiteral("Invoices");
+    static inline const QString LibraryName = QStringLiteral("Main");
+
+    QString dir() const;
+    QString initFilePath() const;
+    QString dataLinkPath() const;
+    QString databasePath() const;
+    QString formDefinitionPath() const; // the index form, DIR/config/Invoices.xml
+    QString queryFormPath() const;      // DIR/config/Invoices.xqr
+    QString documentFolder() const;     // DIR/documents/Invoices
+    QString connectionText() const;     // "File Name=" + the group's data-link file
+    qint32 groupId() const;
+
+    // Rows per table of the sample as built.
+    const repo::SampleCounts& expected() const;
+
+    // Lists this copy's group in a library catalog: section "Main", key "Invoices" = init file.
+    void registerInCatalog(const QString& catalogPath) const;
+
+private:
+    QString path(const QString& relative) const;
+
+    QTemporaryDir m_folder;
+};
+
+} // namespace vx::test
