@@ -1,0 +1,311 @@
+#include "companions/ScanIndex.h"
+
+#include "companions/form/SqlText.h"
+#include "data/Connection.h"
+#include "data/Driver.h"
+#include "data/Error.h"
+#include "data/Field.h"
+#include "data/Recordset.h"
+#include "session/Conversions.h"
+#include "session/GroupConnection.h"
+#include "session/PrivateProfile.h"
+#include "session/SystemFolder.h"
+#include "session/UiServices.h"
+#include "session/companions/NativeHelpers.h"
+#include "session/companions/VXItemList.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <limits>
+
+namespace vx {
+
+namespace {
+
+constexpr int StoredNameLength = 20;
+
+// "<id>.<extension>", or "<id>_<n>.<extension>" when that name is taken; the extension is cut
+// when the whole would pass 20 characters.
+QString storedNameFor(const QDir& folder, qint32 itemId, const QString& extension) {
+    for (int attempt = 0;; ++attempt) {
+        QString base = QString::number(itemId);
+        if (attempt > 0)
+            base += QLatin1Char('_') + QString::number(attempt);
+        QString name = base;
+        if (!extension.isEmpty() && base.size() + 1 < StoredNameLength)
+            name += QLatin1Char('.') + extension.left(StoredNameLength - base.size() - 1);
+        if (!QFileInfo::exists(folder.filePath(name)))
+            return name;
+    }
+}
+
+qint32 nextNumber(Connection& connection, const QString& sql) {
+    Recordset last;
+    last.open(sql, connection);
+    const QVariant value = last.eof() ? QVariant() : last.value(0);
+    return value.isNull() ? 1 : toInt32(value) + 1;
+}
+
+// Removes the copied file unless the document was filed.
+class CopiedFile {
+public:
+    ~CopiedFile() {
+        if (!m_path.isEmpty())
+            QFile::remove(m_path);
+    }
+    void set(const QString& path) { m_path = path; }
+    void keep() { m_path.clear(); }
+
+private:
+    QString m_path;
+};
+
+} // namespace
+
+struct ScanIndex::Private {
+    QString library;
+    bool remote = false;
+    QString group;
+    qint32 groupId = 0;
+    QString documentFolder;
+    bool securityTable = false;
+    Connection connection;
+    QList<std::pair<QString, QVariant>> staged;
+    std::shared_ptr<VXItemList> excluded;
+    std::shared_ptr<VXItemList> keywords;
+    QString lastError;
+
+    qint32 fileDocument(const QString& path, const QString& user);
+    void insertGroupRow(qint32 itemId);
+};
+
+ScanIndex::ScanIndex(QObject* parent)
+    : VXScanIndex(parent)
+    , d(std::make_unique<Private>()) {}
+
+ScanIndex::~ScanIndex() = default;
+
+void ScanIndex::Init(QString& library) {
+    d->library = library;
+    d->group.clear();
+    d->connection = Connection();
+}
+
+bool ScanIndex::RemoteIndex() const {
+    return d->remote;
+}
+void ScanIndex::setRemoteIndex(bool remote) {
+    d->remote = remote;
+}
+
+bool ScanIndex::SelectGroup(QString& group) {
+    d->group.clear();
+    d->connection = Connection();
+    d->lastError.clear();
+
+    const QString catalog = libraryCatalogPath();
+    QString initFile = readPrivateProfileString(catalog, d->library, group, QString());
+    if (initFile.isEmpty()) {
+        d->lastError = QStringLiteral("The library \"%1\" lists no group \"%2\" in %3.")
+                           .arg(d->library, group, QDir::toNativeSeparators(catalog));
+        return false;
+    }
+    if (QFileInfo(initFile).isRelative())
+        initFile = QFileInfo(catalog).absoluteDir().absoluteFilePath(initFile);
+
+    Connection connection = openGroupConnection(initFile);
+    Recordset row;
+    row.open(QStringLiteral("select * from KTGroup where [Name] = ") + form::sqlText(group),
+             connection);
+    if (row.eof()) {
+        d->lastError = QStringLiteral("The repository of library \"%1\" has no group \"%2\".")
+                           .arg(d->library, group);
+        return false;
+    }
+    d->groupId = toInt32(row.value(QStringLiteral("Groupid")));
+    d->documentFolder = row.value(QStringLiteral("Path")).toString().trimmed();
+
+    d->securityTable = false;
+    Recordset tables = connection.openSchema(SchemaKind::Tables);
+    for (; !tables.eof(); tables.moveNext())
+        if (tables.value(QStringLiteral("TABLE_NAME"))
+                    .toString()
+                    .compare(QLatin1String("KTSecurity"), Qt::CaseInsensitive) == 0 &&
+            tables.value(QStringLiteral("TABLE_TYPE")).toString() == QLatin1String("TABLE"))
+            d->securityTable = true;
+
+    d->group = group;
+    d->connection = connection;
+    return true;
+}
+
+void ScanIndex::SetFieldContent(QString& column, const QVariant& value) {
+    for (auto& [name, staged] : d->staged) {
+        if (name.compare(column, Qt::CaseInsensitive) == 0) {
+            staged = value;
+            return;
+        }
+    }
+    d->staged.append({column, value});
+}
+
+std::shared_ptr<VXItemList> ScanIndex::ExcludeUserIDList() const {
+    return d->excluded;
+}
+void ScanIndex::setExcludeUserIDList(std::shared_ptr<VXItemList> list) {
+    d->excluded = std::move(list);
+}
+std::shared_ptr<VXItemList> ScanIndex::KeywordsList() const {
+    return d->keywords;
+}
+void ScanIndex::setKeywordsList(std::shared_ptr<VXItemList> list) {
+    d->keywords = std::move(list);
+}
+
+QString ScanIndex::lastError() const {
+    return d->lastError;
+}
+
+qint32 ScanIndex::DocumentIndex(QString& path, QWidget* owner, QString& user) {
+    Q_UNUSED(owner) // the user interface services own their dialogs
+    d->lastError.clear();
+    qint32 itemId = 0;
+    try {
+        itemId = d->fileDocument(path, user);
+    } catch (const Error& error) {
+        d->lastError = error.description();
+    }
+    d->staged.clear();
+    d->excluded.reset();
+    d->keywords.reset();
+    if (itemId == 0)
+        ui().messageBox(QStringLiteral("The document was not filed.\n") + d->lastError,
+                        MessageStyle::Critical | MessageStyle::OkOnly,
+                        QStringLiteral("DocumentIndex"));
+    return itemId;
+}
+
+qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user) {
+    if (group.isEmpty() || !connection.isOpen())
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("No group is selected; call SelectGroup first."));
+    const QFileInfo source(path);
+    if (!source.isFile())
+        throw Error(ErrorNumber::Unspecified, QStringLiteral("The document \"%1\" does not exist.")
+                                                  .arg(QDir::toNativeSeparators(path)));
+    if (documentFolder.isEmpty())
+        throw Error(
+            ErrorNumber::Unspecified,
+            QStringLiteral("The group \"%1\" has no document folder (KTGroup.Path).").arg(group));
+    if (source.size() > std::numeric_limits<qint32>::max())
+        throw Error(ErrorNumber::Overflow,
+                    QStringLiteral("The document \"%1\" is larger than 2 GB.")
+                        .arg(QDir::toNativeSeparators(path)));
+
+    Transaction transaction(connection);
+    const qint32 itemId =
+        nextNumber(connection, QStringLiteral("SELECT MAX(itemid) AS lastid FROM KTItem"));
+    const qint32 fileId =
+        nextNumber(connection, QStringLiteral("SELECT MAX(fileid) AS lastid FROM KTFile"));
+
+    QDir folder(documentFolder);
+    if (!folder.exists() && !QDir().mkpath(documentFolder))
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("The document folder \"%1\" cannot be created.")
+                        .arg(QDir::toNativeSeparators(documentFolder)));
+    const QString storedName = storedNameFor(folder, itemId, source.suffix());
+    const QString target = folder.filePath(storedName);
+    CopiedFile copied;
+    if (!QFile::copy(source.absoluteFilePath(), target))
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("The document \"%1\" cannot be copied to \"%2\".")
+                        .arg(QDir::toNativeSeparators(path), QDir::toNativeSeparators(target)));
+    copied.set(target);
+
+    Driver& driver = connection.driver();
+    const QDateTime now = QDateTime::currentDateTime();
+    driver.insertRow(QStringLiteral("KTItem"),
+                     {QStringLiteral("itemid"), QStringLiteral("idx_date"),
+                      QStringLiteral("username"), QStringLiteral("type"),
+                      QStringLiteral("description"), QStringLiteral("groupid"),
+                      QStringLiteral("lockcount"), QStringLiteral("tag"),
+                      QStringLiteral("attachment"), QStringLiteral("deleted")},
+                     {itemId, now.addMSecs(-now.time().msec()), user, 0, QString(), groupId, 0,
+                      QStringLiteral(" "), false, false},
+                     QString());
+
+    QString volume;
+    KTVolumeLabel(volume, target);
+    const QDateTime modified = source.lastModified();
+    driver.insertRow(QStringLiteral("KTFile"),
+                     {QStringLiteral("fileid"), QStringLiteral("itemid"), QStringLiteral("fname"),
+                      QStringLiteral("fdate"), QStringLiteral("fsize"), QStringLiteral("archive"),
+                      QStringLiteral("volume")},
+                     {fileId, itemId, storedName, modified.addMSecs(-modified.time().msec()),
+                      qint32(source.size()), false, volume},
+                     QString());
+
+    insertGroupRow(itemId);
+
+    if (keywords) {
+        QStringList written;
+        for (const QString& keyword : keywords->items()) {
+            if (keyword.isEmpty() || written.contains(keyword, Qt::CaseInsensitive))
+                continue;
+            driver.insertRow(QStringLiteral("keywords"),
+                             {QStringLiteral("keyword"), QStringLiteral("itemid")},
+                             {keyword, itemId}, QString());
+            written << keyword;
+        }
+    }
+
+    // Without a KTSecurity table the repository has no document security to record.
+    if (excluded && securityTable) {
+        QList<qint32> written;
+        for (const QString& text : excluded->items()) {
+            const qint32 userId = toInt32(text);
+            if (written.contains(userId))
+                continue;
+            driver.insertRow(QStringLiteral("KTSecurity"),
+                             {QStringLiteral("itemid"), QStringLiteral("UserID")}, {itemId, userId},
+                             QString());
+            written << userId;
+        }
+    }
+
+    transaction.commit();
+    copied.keep();
+    return itemId;
+}
+
+// One row of the group table: itemid and the staged values, each converted to its column's type.
+void ScanIndex::Private::insertGroupRow(qint32 itemId) {
+    Recordset layout;
+    layout.open(QStringLiteral("SELECT * FROM ") + group + QStringLiteral(" WHERE 1 = 0"),
+                connection);
+    QStringList columns{QStringLiteral("itemid")};
+    QVariantList values{itemId};
+    for (const auto& [column, value] : std::as_const(staged)) {
+        const int index = layout.fieldIndex(column);
+        if (index < 0)
+            throw Error(
+                ErrorNumber::ColumnNotFound,
+                QStringLiteral("The group table \"%1\" has no column \"%2\".").arg(group, column));
+        if (value.isNull())
+            continue;
+        const ColumnInfo& info = layout.columnInfo(index);
+        columns << (info.baseColumn.isEmpty() ? info.name : info.baseColumn);
+        try {
+            values << convertForColumn(value, info);
+        } catch (const Error& error) {
+            throw Error(error.number(), QStringLiteral("The value \"%1\" does not fit the column "
+                                                       "\"%2\" of the group table: %3")
+                                            .arg(value.toString(), column, error.description()));
+        }
+    }
+    connection.driver().insertRow(group, columns, values, QString());
+}
+
+} // namespace vx

@@ -1,0 +1,88 @@
+#include "companions/form/FormDescription.h"
+
+#include "data/Error.h"
+#include "session/FormDefinition.h"
+
+#include <QDir>
+#include <QDomDocument>
+#include <QFile>
+#include <QFileInfo>
+
+namespace vx::form {
+
+namespace {
+
+bool isTrue(const QString& text) {
+    return text.trimmed().compare(QLatin1String("true"), Qt::CaseInsensitive) == 0;
+}
+
+int numberOf(const QString& text) {
+    bool ok = false;
+    const int number = text.trimmed().toInt(&ok);
+    return ok && number > 0 ? number : 0;
+}
+
+} // namespace
+
+FormDescription FormDescription::load(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("Cannot read the form definition \"%1\": %2")
+                        .arg(QDir::toNativeSeparators(path), file.errorString()));
+    return fromText(QString::fromUtf8(file.readAll()), path);
+}
+
+FormDescription FormDescription::fromText(const QString& xml, const QString& path) {
+    QDomDocument document;
+    QString message;
+    int line = 0;
+    int column = 0;
+    if (!document.setContent(xml, &message, &line, &column))
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("The form definition \"%1\" is not well-formed (line %2, "
+                                   "column %3): %4")
+                        .arg(QDir::toNativeSeparators(path))
+                        .arg(line)
+                        .arg(column)
+                        .arg(message));
+
+    FormDescription form;
+    const FormDefinition definition = FormDefinition::fromText(xml);
+    for (const FormControl& control : definition.controls()) {
+        FieldDescription field;
+        field.columnName = control.columnName.trimmed();
+        field.caption = control.caption.trimmed();
+        if (field.caption.isEmpty())
+            field.caption = field.columnName;
+        field.tableName = control.tableName.trimmed();
+        field.type = fieldTypeFromName(control.type.trimmed());
+        field.allowUpdate = isTrue(control.allowUpdate);
+        field.required = isTrue(control.value(QStringLiteral("required")));
+        field.width = numberOf(control.value(QStringLiteral("width")));
+        field.length = numberOf(control.value(QStringLiteral("length")));
+        form.fields.append(field);
+    }
+
+    const QString link = document.documentElement()
+                             .firstChildElement(QStringLiteral("groupdatalink"))
+                             .text()
+                             .trimmed();
+    if (!link.isEmpty()) {
+        // A relative link (a portable copy names "veltrane.udl") sits beside the definition.
+        const QString folder = QFileInfo(path).absolutePath();
+        form.dataLinkPath = QDir::cleanPath(QDir(folder).absoluteFilePath(link));
+    }
+
+    for (const FieldDescription& field : std::as_const(form.fields)) {
+        if (!field.tableName.isEmpty()) {
+            form.groupTable = field.tableName;
+            break;
+        }
+    }
+    if (form.groupTable.isEmpty())
+        form.groupTable = QFileInfo(path).completeBaseName();
+    return form;
+}
+
+} // namespace vx::form

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "data/Error.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace vx {
+
+class VXDynaForm;
+
+// The registered class names of the companion components.
+namespace CompanionClass {
+inline const QString DynaForm = QStringLiteral("VXDynaForm.VXDynaForm");
+inline const QString ScanIndex = QStringLiteral("VXIntegrate.VXScanIndex");
+inline const QString ItemList = QStringLiteral("VXIntegrate.VXItemList");
+inline const QString Security = QStringLiteral("VXAdmin.VXSecurity");
+inline const QString SqlQuery = QStringLiteral("VXQueryParser.VXSQLQuery");
+} // namespace CompanionClass
+
+// The number of the error raised when no implementation is registered under a class name.
+inline constexpr qint32 CannotCreateObject = 429;
+
+using CompanionFactory = std::function<std::unique_ptr<QObject>()>;
+
+// Registers the implementation behind a class name, replacing any earlier one. Class names are
+// matched without regard to case. An empty factory removes the name.
+void registerCompanion(const QString& className, CompanionFactory factory);
+// The factory registered under a name; empty when none (lets a caller restore it later).
+CompanionFactory companionFactory(const QString& className);
+QStringList registeredCompanions();
+
+// A new object of the registered class; throws vx::Error naming the class when none is
+// registered or the factory made nothing.
+std::unique_ptr<QObject> createCompanion(const QString& className);
+
+// The same, checked to implement T; throws vx::Error when it does not.
+template <class T>
+std::unique_ptr<T> createCompanion(const QString& className) {
+    std::unique_ptr<QObject> object = createCompanion(className);
+    if (!qobject_cast<T*>(object.get()))
+        throw Error(CannotCreateObject,
+                    QStringLiteral("The component registered as \"%1\" is not a %2.")
+                        .arg(className, QString::fromLatin1(T::staticMetaObject.className())));
+    return std::unique_ptr<T>(static_cast<T*>(object.release()));
+}
+
+// The dynamic form, created as the child named "Group" of `parent` (which owns it).
+VXDynaForm* createDynaForm(QWidget* parent);
+
+// Registers a factory for its lifetime and restores what was registered before (tests, hosts
+// that swap an implementation for one window).
+class CompanionOverride {
+public:
+    CompanionOverride(const QString& className, CompanionFactory factory);
+    ~CompanionOverride();
+    CompanionOverride(const CompanionOverride&) = delete;
+    CompanionOverride& operator=(const CompanionOverride&) = delete;
+
+private:
+    QString m_className;
+    CompanionFactory m_previous;
+};
+
+} // namespace vx

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "data/Recordset.h"
+
+#include <QString>
+#include <QVariant>
+#include <QWidget>
+
+namespace vx {
+
+// The dynamic form placed as the child named "Group" on the index, query and hit-list controls.
+// It builds a group's index form from a form-definition file and offers a cursor over the
+// fields (form order) and, for a list field, a cursor over its entries. The member names are
+// the names controls and hosts bind to late, so they keep their original spelling.
+class VXDynaForm : public QWidget {
+    Q_OBJECT
+    // Members called by dispatch number keep these numbers.
+    // clang-format off
+    Q_CLASSINFO("ClassName", "VXDynaForm.VXDynaForm")
+    Q_CLASSINFO("Interface", "QueryText;QueryRecordset;FieldName;FieldValue;FieldEOF;ListItemPresent;ResetFields;MoveFirstField;MoveNextField;MoveFirstListItem;MoveNextListItem;ListItemText;FieldCaption;ClearFieldList;AddFieldListItem;FieldsValid;ClearForm;LoadForm")
+    Q_CLASSINFO("Events", "KeyDown")
+    Q_CLASSINFO("DispatchIds", "QueryText=1;QueryRecordset=3;FieldName=4;FieldValue=5;FieldEOF=6;ListItemPresent=9;ResetFields=11;MoveFirstField=13;MoveNextField=14;MoveFirstListItem=15;MoveNextListItem=16;ListItemText=17;FieldCaption=18;ClearFieldList=24;AddFieldListItem=25;FieldsValid=26;ClearForm=27;LoadForm=29")
+    // clang-format on
+    Q_PROPERTY(QString QueryText READ QueryText)
+    Q_PROPERTY(QString FieldName READ FieldName)
+    Q_PROPERTY(QVariant FieldValue READ FieldValue WRITE setFieldValue)
+    Q_PROPERTY(bool FieldEOF READ FieldEOF)
+    Q_PROPERTY(bool ListItemPresent READ ListItemPresent)
+    Q_PROPERTY(QString ListItemText READ ListItemText)
+    Q_PROPERTY(QString FieldCaption READ FieldCaption)
+    Q_PROPERTY(bool FieldsValid READ FieldsValid)
+
+public:
+    explicit VXDynaForm(QWidget* parent = nullptr)
+        : QWidget(parent) {}
+    ~VXDynaForm() override = default;
+
+    // The search built from what was entered; empty when nothing was.
+    virtual QString QueryText() const = 0;
+    // That search opened on the form's own connection; a closed record set when nothing was
+    // entered.
+    virtual Recordset QueryRecordset() = 0;
+
+    // Column name of the current field.
+    virtual QString FieldName() const = 0;
+    // Value of the current field; an invalid QVariant when the user left it unset.
+    virtual QVariant FieldValue() const = 0;
+    virtual void setFieldValue(const QVariant& value) = 0;
+    // True once the field cursor has passed the last field.
+    virtual bool FieldEOF() const = 0;
+    // True while the current list field's entry cursor stands on an entry.
+    virtual bool ListItemPresent() const = 0;
+
+    Q_INVOKABLE virtual void ResetFields() = 0;
+    Q_INVOKABLE virtual void MoveFirstField() = 0;
+    Q_INVOKABLE virtual void MoveNextField() = 0;
+    Q_INVOKABLE virtual void MoveFirstListItem() = 0;
+    Q_INVOKABLE virtual void MoveNextListItem() = 0;
+
+    virtual QString ListItemText() const = 0;
+    virtual QString FieldCaption() const = 0;
+
+    Q_INVOKABLE virtual void ClearFieldList() = 0;
+    Q_INVOKABLE virtual void AddFieldListItem(const QString& text) = 0;
+    // True when the entries pass the form's own checks.
+    virtual bool FieldsValid() const = 0;
+    Q_INVOKABLE virtual void ClearForm() = 0;
+    // Builds the form from the form-definition file; true on success.
+    Q_INVOKABLE virtual bool LoadForm(QString& path) = 0;
+
+signals:
+    // Raised for every key pressed in the form; a directly connected slot may change the values.
+    void KeyDown(short& KeyCode, short& Shift);
+};
+
+} // namespace vx

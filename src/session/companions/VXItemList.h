@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+namespace vx {
+
+// An ordered list of texts handed to the indexing API ("VXIntegrate.VXItemList").
+class VXItemList : public QObject {
+    Q_OBJECT
+    // clang-format off
+    Q_CLASSINFO("ClassName", "VXIntegrate.VXItemList")
+    Q_CLASSINFO("Interface", "ClearList;AddItem;Count;Item")
+    // clang-format on
+
+public:
+    explicit VXItemList(QObject* parent = nullptr)
+        : QObject(parent) {}
+    ~VXItemList() override = default;
+
+    Q_INVOKABLE virtual void ClearList() = 0;
+    Q_INVOKABLE virtual void AddItem(QString& text) = 0;
+
+    // Read access for the API that receives the list.
+    Q_INVOKABLE virtual int Count() const = 0;
+    // The entry at a 0-based position; empty when out of range.
+    Q_INVOKABLE virtual QString Item(int index) const = 0;
+    virtual QStringList items() const = 0;
+};
+
+} // namespace vx

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+namespace vx {
+
+// The query parser ("VXQueryParser.VXSQLQuery").
+class VXSQLQuery : public QObject {
+    Q_OBJECT
+    // clang-format off
+    Q_CLASSINFO("ClassName", "VXQueryParser.VXSQLQuery")
+    Q_CLASSINFO("Interface", "QueryStringWithSecurity")
+    // clang-format on
+
+public:
+    explicit VXSQLQuery(QObject* parent = nullptr)
+        : QObject(parent) {}
+    ~VXSQLQuery() override = default;
+
+    // The query restricted to the items the user may see by KTSecurity.
+    Q_INVOKABLE virtual QString QueryStringWithSecurity(const QString& query, qint16& userId) = 0;
+};
+
+} // namespace vx

@@ -1,0 +1,189 @@
+#include "companions/ScanIndex.h"
+
+#include "companions/ItemList.h"
+#include "data/Connection.h"
+#include "data/Recordset.h"
+#include "support/SampleRepository.h"
+#include "support/TestEnvironment.h"
+
+#include <QDir>
+#include <QFile>
+#include <gtest/gtest.h>
+
+using namespace vx;
+
+namespace {
+
+class ScanIndexTest : public ::testing::Test {
+protected:
+    test::TestEnvironment environment;
+    test::SampleRepository sample;
+    Connection connection;
+    ScanIndex api;
+    QString library = QStringLiteral("Main");
+    QString group = QStringLiteral("Invoices");
+    QString user = QStringLiteral("alice");
+
+    void SetUp() override {
+        connection.open(sample.connectionText());
+        api.Init(library);
+    }
+
+    qint64 count(const QString& sql) {
+        Recordset rows;
+        rows.open(sql, connection);
+        return rows.eof() ? 0 : rows.value(0).toLongLong();
+    }
+
+    QString document(const QString& name, const QByteArray& content) {
+        return environment.writeFile(QStringLiteral("incoming/") + name, content);
+    }
+
+    void stage(const QString& column, const QVariant& value) {
+        QString name = column;
+        api.SetFieldContent(name, value);
+    }
+
+    static std::shared_ptr<VXItemList> listOf(const QStringList& items) {
+        auto list = std::make_shared<ItemList>();
+        for (QString item : items)
+            list->AddItem(item);
+        return list;
+    }
+
+    QStringList documentFiles() const {
+        return QDir(sample.documentFolder()).entryList(QDir::Files, QDir::Name);
+    }
+};
+
+} // namespace
+
+TEST_F(ScanIndexTest, SelectGroupFindsGroupsThroughTheLibraryCatalog) {
+    QString unknown = QStringLiteral("Letters");
+    EXPECT_FALSE(api.SelectGroup(unknown));
+    EXPECT_TRUE(api.lastError().contains(QStringLiteral("Letters")));
+    QString otherLibrary = QStringLiteral("Archive");
+    api.Init(otherLibrary);
+    EXPECT_FALSE(api.SelectGroup(group)) << "the group belongs to library Main";
+    api.Init(library);
+    EXPECT_TRUE(api.SelectGroup(group));
+    EXPECT_TRUE(api.lastError().isEmpty());
+}
+
+TEST_F(ScanIndexTest, DocumentIndexFilesTheDocumentAndEveryRow) {
+    ASSERT_TRUE(api.SelectGroup(group));
+    const qint64 lastId = count(QStringLiteral("SELECT MAX(itemid) FROM KTItem"));
+    const QStringList filesBefore = documentFiles();
+
+    stage("InvoiceNo", QStringLiteral("INV-NEW"));
+    stage("Customer", QStringLiteral("O'Malley Bakery"));
+    stage("Amount", QStringLiteral("1234"));
+    stage("InvoiceDate", QDate(2024, 5, 17));
+    stage("Paid", qint16(0));
+    stage("Categories", QStringLiteral("Software;Travel"));
+    api.setKeywordsList(listOf({"urgent", "review"}));
+    api.setExcludeUserIDList(listOf({"3", "4"}));
+    QString path = document(QStringLiteral("scan of invoice.pdf"), "%PDF-1.4 test");
+
+    const qint32 id = api.DocumentIndex(path, nullptr, user);
+    ASSERT_EQ(id, lastId + 1) << api.lastError().toStdString();
+
+    Recordset item;
+    item.open(QStringLiteral("select * from KTItem where itemid = ") + QString::number(id),
+              connection);
+    ASSERT_FALSE(item.eof());
+    EXPECT_EQ(item.value("username").toString(), user);
+    EXPECT_EQ(item.value("groupid").toInt(), sample.groupId());
+    EXPECT_EQ(item.value("tag").toString(), QStringLiteral(" "));
+    EXPECT_FALSE(item.value("deleted").toBool());
+
+    Recordset file;
+    file.open(QStringLiteral("select * from ktfile where itemid = ") + QString::number(id),
+              connection);
+    ASSERT_FALSE(file.eof());
+    const QString stored = file.value("fname").toString();
+    EXPECT_EQ(stored, QString::number(id) + QStringLiteral(".pdf"));
+    EXPECT_LE(stored.size(), 20);
+    EXPECT_EQ(file.value("fsize").toInt(), 13);
+    QFile copy(QDir(sample.documentFolder()).filePath(stored));
+    ASSERT_TRUE(copy.open(QIODevice::ReadOnly));
+    EXPECT_EQ(copy.readAll(), QByteArray("%PDF-1.4 test"));
+    EXPECT_TRUE(QFile::exists(path)) << "the original stays where it was";
+
+    Recordset row;
+    row.open(QStringLiteral("select * from Invoices where itemid = ") + QString::number(id),
+             connection);
+    ASSERT_FALSE(row.eof());
+    EXPECT_EQ(row.value("Customer").toString(), QStringLiteral("O'Malley Bakery"));
+    EXPECT_EQ(row.value("Amount").toInt(), 1234);
+    EXPECT_EQ(row.value("InvoiceDate").toDateTime().date(), QDate(2024, 5, 17));
+    EXPECT_FALSE(row.value("Paid").toBool());
+    EXPECT_EQ(row.value("Categories").toString(), QStringLiteral("Software;Travel"));
+    EXPECT_TRUE(row.value("Notes").isNull()) << "an unstaged column stays empty";
+
+    const QString where = QStringLiteral(" where itemid = ") + QString::number(id);
+    EXPECT_EQ(count("select count(*) from keywords" + where), 2);
+    EXPECT_EQ(count("select count(*) from KTSecurity" + where), 2);
+    EXPECT_EQ(count("select count(*) from KTSecurity" + where + " and UserID = 4"), 1);
+    EXPECT_EQ(documentFiles().size(), filesBefore.size() + 1);
+
+    // Staged values belonged to that document: the next one starts empty, and a name already
+    // taken in the folder is never overwritten.
+    QFile squatter(QDir(sample.documentFolder()).filePath(QString::number(id + 1) + ".pdf"));
+    ASSERT_TRUE(squatter.open(QIODevice::WriteOnly));
+    squatter.write("someone else's");
+    squatter.close();
+    QString second = document(QStringLiteral("next.pdf"), "second");
+    const qint32 next = api.DocumentIndex(second, nullptr, user);
+    ASSERT_EQ(next, id + 1);
+    Recordset nextRow;
+    nextRow.open(QStringLiteral("select * from Invoices where itemid = ") + QString::number(next),
+                 connection);
+    EXPECT_TRUE(nextRow.value("Customer").isNull());
+    EXPECT_EQ(count("select count(*) from keywords where itemid = " + QString::number(next)), 0);
+    Recordset nextFile;
+    nextFile.open(QStringLiteral("select * from ktfile where itemid = ") + QString::number(next),
+                  connection);
+    EXPECT_EQ(nextFile.value("fname").toString(), QString::number(next) + "_1.pdf");
+    ASSERT_TRUE(squatter.open(QIODevice::ReadOnly));
+    EXPECT_EQ(squatter.readAll(), QByteArray("someone else's"));
+}
+
+TEST_F(ScanIndexTest, AFailurePartWayLeavesNoRowAndNoFile) {
+    ASSERT_TRUE(api.SelectGroup(group));
+    const qint64 items = count(QStringLiteral("select count(*) from KTItem"));
+    const qint64 files = count(QStringLiteral("select count(*) from KTFile"));
+    const QStringList filesBefore = documentFiles();
+    environment.ui()
+        .answerMessage(MessageAnswer::Ok)
+        .answerMessage(MessageAnswer::Ok)
+        .answerMessage(MessageAnswer::Ok);
+
+    // A staged column the group table lacks fails after the item and file rows were written.
+    stage("InvoiceNo", QStringLiteral("INV-X"));
+    stage("NoSuchColumn", QStringLiteral("x"));
+    api.setKeywordsList(listOf({"urgent"}));
+    QString path = document(QStringLiteral("a.txt"), "a");
+    EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
+    EXPECT_TRUE(api.lastError().contains(QStringLiteral("NoSuchColumn")));
+
+    // So does a value too long for its column; the message names the column.
+    stage("InvoiceNo", QString(30, QLatin1Char('9')));
+    EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
+    EXPECT_TRUE(api.lastError().contains(QStringLiteral("\"InvoiceNo\"")))
+        << api.lastError().toStdString();
+
+    // A missing group table fails the same way.
+    connection.execute(QStringLiteral("DROP TABLE Invoices"));
+    stage("InvoiceNo", QStringLiteral("INV-Y"));
+    EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
+
+    EXPECT_EQ(count(QStringLiteral("select count(*) from KTItem")), items);
+    EXPECT_EQ(count(QStringLiteral("select count(*) from KTFile")), files);
+    EXPECT_EQ(count(QStringLiteral("select count(*) from keywords where keyword = 'urgent' and "
+                                   "itemid > 300")),
+              0);
+    EXPECT_EQ(documentFiles(), filesBefore);
+    ASSERT_EQ(environment.ui().prompts().size(), 3) << "each failure is shown once";
+    EXPECT_EQ(environment.ui().prompts().first().title, QStringLiteral("DocumentIndex"));
+}

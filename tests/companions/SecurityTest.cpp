@@ -1,0 +1,129 @@
+#include "companions/SecurityManager.h"
+#include "companions/SqlQueryParser.h"
+#include "core/SampleContent.h"
+#include "data/Connection.h"
+#include "data/Error.h"
+#include "data/Recordset.h"
+#include "support/SampleRepository.h"
+#include "support/TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+using namespace vx;
+
+namespace {
+
+class SecurityTest : public ::testing::Test {
+protected:
+    test::TestEnvironment environment;
+    test::SampleRepository sample;
+    Connection connection;
+
+    void SetUp() override { connection.open(sample.connectionText()); }
+
+    QList<qint32> column(const QString& sql, const QString& name) {
+        Recordset rows;
+        rows.open(sql, connection);
+        QList<qint32> values;
+        for (; !rows.eof(); rows.moveNext())
+            values << rows.value(name).toInt();
+        return values;
+    }
+
+    QList<qint32> usersOf(qint32 item) {
+        return column(
+            QStringLiteral("select * from KTSecurity where itemid = %1 order by UserID").arg(item),
+            QStringLiteral("UserID"));
+    }
+};
+
+} // namespace
+
+TEST_F(SecurityTest, AnItemsAccessListIsReplacedWholeOrNotAtAll) {
+    SecurityManager manager;
+    qint32 item = 7; // a sample document with excluded users
+    EXPECT_THROW(manager.SelectItem(item), Error) << "no group before Init";
+    const QList<qint32> before = usersOf(item);
+    ASSERT_FALSE(before.isEmpty());
+
+    manager.setInit(sample.initFilePath());
+    EXPECT_EQ(manager.Init(), sample.initFilePath());
+    manager.SelectItem(item);
+    manager.DeleteItemSecurity();
+    EXPECT_TRUE(manager.AddItemSecurity(5, item));
+    EXPECT_TRUE(manager.AddItemSecurity(3, item));
+    EXPECT_TRUE(manager.AddItemSecurity(3, item)) << "a user already listed is fine";
+    manager.Done(); // without KillItem: the change is abandoned
+    EXPECT_EQ(usersOf(item), before);
+    EXPECT_FALSE(manager.AddItemSecurity(3, item)) << "nothing selected after Done";
+
+    manager.setInit(sample.initFilePath());
+    manager.SelectItem(item);
+    manager.DeleteItemSecurity();
+    EXPECT_TRUE(manager.AddItemSecurity(5, item));
+    EXPECT_TRUE(manager.AddItemSecurity(3, item));
+    EXPECT_TRUE(manager.AddItemSecurity(3, item));
+    manager.KillItem();
+    manager.Done();
+    EXPECT_EQ(usersOf(item), (QList<qint32>{3, 5}));
+
+    // Selecting an item with no rows and clearing it writes nothing for it.
+    manager.setInit(sample.initFilePath());
+    qint32 open = 1;
+    manager.SelectItem(open);
+    manager.DeleteItemSecurity();
+    manager.KillItem();
+    EXPECT_TRUE(usersOf(open).isEmpty());
+}
+
+TEST(SqlQueryParser, AddsTheRestrictionAroundTheQuerysOwnCondition) {
+    SqlQueryParser parser;
+    qint16 user = 3;
+    const QString restriction =
+        QStringLiteral("ktitem.itemid NOT IN (SELECT itemid FROM KTSecurity WHERE UserID = 3)");
+    // The condition stays whole: an OR in it must not escape the restriction.
+    EXPECT_EQ(parser.QueryStringWithSecurity(
+                  "SELECT * FROM ktitem WHERE a = 1 OR b = 'x WHERE y' ORDER BY itemid", user),
+              "SELECT * FROM ktitem WHERE " + restriction +
+                  " AND (a = 1 OR b = 'x WHERE y') ORDER BY itemid");
+    EXPECT_EQ(parser.QueryStringWithSecurity("select * from KTItem order  by itemid", user),
+              "select * from KTItem WHERE " + restriction + " order  by itemid");
+    // A subquery's WHERE is not the statement's.
+    EXPECT_EQ(parser.QueryStringWithSecurity(
+                  "SELECT * FROM ktitem WHERE itemid IN (SELECT itemid FROM keywords WHERE "
+                  "keyword = 'a') ",
+                  user),
+              "SELECT * FROM ktitem WHERE " + restriction +
+                  " AND (itemid IN (SELECT itemid FROM keywords WHERE keyword = 'a'))");
+    // Without KTItem in the query the item id needs no table name.
+    user = -1;
+    EXPECT_EQ(parser.QueryStringWithSecurity("SELECT itemid FROM Invoices", user),
+              "SELECT itemid FROM Invoices WHERE itemid NOT IN (SELECT itemid FROM KTSecurity "
+              "WHERE UserID = -1)");
+}
+
+TEST_F(SecurityTest, TheParserHidesExactlyTheItemsAUserIsExcludedFrom) {
+    SqlQueryParser parser;
+    // Item 175 is marked deleted and kept from some users: reached only through the OR, it
+    // must still be hidden from them.
+    const qint32 documents = qint32(sample.expected().documents);
+    const auto extra = repo::sample::document(175, documents);
+    ASSERT_TRUE(extra.deleted);
+    ASSERT_FALSE(extra.excludedUserIds.isEmpty());
+    const QString base = QStringLiteral(
+        "SELECT DISTINCT ktitem.itemid AS itemid FROM ktitem, Invoices WHERE ktitem.itemid = "
+        "Invoices.itemid AND ktitem.deleted = 0 OR ktitem.itemid = 175 ORDER BY ktitem.itemid");
+    QList<qint32> users{1};
+    users << extra.excludedUserIds;
+    for (qint32 user : users) {
+        QList<qint32> want;
+        for (qint32 id = 1; id <= documents; ++id) {
+            const auto document = repo::sample::document(id, documents);
+            if ((!document.deleted || id == 175) && !document.excludedUserIds.contains(user))
+                want << id;
+        }
+        qint16 asked = qint16(user);
+        EXPECT_EQ(column(parser.QueryStringWithSecurity(base, asked), "itemid"), want)
+            << "user " << user;
+    }
+}
