@@ -1,8 +1,10 @@
+#include "index/VXIndex.h"
 #include "server/ControlFactory.h"
 
 namespace vx {
 
-// Registers VXUILib.VXIndex.
-void registerIndexControls() {}
+void registerIndexControls() {
+    ControlFactory::registerControl<VXIndex>(QStringLiteral("VXUILib.VXIndex"));
+}
 
 } // namespace vx
