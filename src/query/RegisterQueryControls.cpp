@@ -1,8 +1,12 @@
+#include "query/VXFavourites.h"
+#include "query/VXQuery.h"
 #include "server/ControlFactory.h"
 
 namespace vx {
 
-// Registers VXUILib.VXQuery and VXUILib.VXFavourites.
-void registerQueryControls() {}
+void registerQueryControls() {
+    ControlFactory::registerControl<VXQuery>(QStringLiteral("VXUILib.VXQuery"));
+    ControlFactory::registerControl<VXFavourites>(QStringLiteral("VXUILib.VXFavourites"));
+}
 
 } // namespace vx
