@@ -26,6 +26,44 @@ std::vector<size_t> significantTokens(const SqlTokens& tokens, StatementRange ra
     return result;
 }
 
+size_t skipIfExists(const SqlTokens& tokens, const std::vector<size_t>& statement, size_t k) {
+    if (k < statement.size() && tokens[statement[k]].isWord(u"IF")) {
+        ++k;
+        if (k < statement.size() && tokens[statement[k]].isWord(u"NOT"))
+            ++k;
+        if (k < statement.size() && tokens[statement[k]].isWord(u"EXISTS"))
+            ++k;
+    }
+    return k;
+}
+
+std::vector<std::vector<size_t>>
+parenthesisedListItems(const SqlTokens& tokens, const std::vector<size_t>& statement, size_t open) {
+    std::vector<std::vector<size_t>> items;
+    std::vector<size_t> current;
+    int depth = 0;
+    auto finish = [&] {
+        if (!current.empty())
+            items.push_back(std::move(current));
+        current.clear();
+    };
+    for (size_t j = open + 1; j < statement.size(); ++j) {
+        const SqlToken& token = tokens[statement[j]];
+        if (depth == 0 && (token.isSymbol(u",") || token.isSymbol(u")"))) {
+            finish();
+            if (token.isSymbol(u")"))
+                break;
+            continue;
+        }
+        if (token.isSymbol(u"("))
+            ++depth;
+        else if (token.isSymbol(u")"))
+            --depth;
+        current.push_back(statement[j]);
+    }
+    return items;
+}
+
 bool parseJetDateLiteral(QStringView body, QDateTime& result) {
     static const QRegularExpression pattern(
         QStringLiteral(R"(^\s*(?:(\d{1,2})/(\d{1,2})/(\d{2}|\d{4})|(\d{4})-(\d{1,2})-(\d{1,2}))?)"

@@ -18,6 +18,13 @@ std::vector<StatementRange> splitStatements(const SqlTokens& tokens);
 // Indices of the tokens in the range that are neither blanks nor comments.
 std::vector<size_t> significantTokens(const SqlTokens& tokens, StatementRange range);
 
+// Skips "IF EXISTS" / "IF NOT EXISTS" at position k of a statement's significant tokens.
+size_t skipIfExists(const SqlTokens& tokens, const std::vector<size_t>& statement, size_t k);
+// The items of the parenthesised list whose '(' stands at position `open` of a statement's
+// significant tokens, split at its top-level commas (CREATE TABLE's column definitions).
+std::vector<std::vector<size_t>>
+parenthesisedListItems(const SqlTokens& tokens, const std::vector<size_t>& statement, size_t open);
+
 // "#03/15/2024#", "#3/15/2024 10:30:00 PM#", "#2024-03-15#", "#10:30#" (the text between the #).
 bool parseJetDateLiteral(QStringView body, QDateTime& result);
 void rewriteDateLiterals(SqlTokens& tokens,

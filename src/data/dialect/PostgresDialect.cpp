@@ -56,17 +56,6 @@ void eraseRange(SqlTokens& tokens, size_t from, size_t to) {
         eraseToken(tokens[i]);
 }
 
-size_t skipIfExists(const SqlTokens& tokens, const Indices& s, size_t k) {
-    if (k < s.size() && tokens[s[k]].isWord(u"IF")) {
-        ++k;
-        if (k < s.size() && tokens[s[k]].isWord(u"NOT"))
-            ++k;
-        if (k < s.size() && tokens[s[k]].isWord(u"EXISTS"))
-            ++k;
-    }
-    return k;
-}
-
 // Position in `s` of the ')' matching the '(' at k, or s.size().
 size_t matchingParenthesis(const SqlTokens& tokens, const Indices& s, size_t k) {
     int depth = 0;
@@ -211,7 +200,6 @@ void rewriteCreateTable(SqlTokens& tokens, const Indices& s, bool caseInsensitiv
         return;
 
     Indices current;
-    int depth = 0;
     auto finish = [&] {
         if (current.empty())
             return;
@@ -222,19 +210,9 @@ void rewriteCreateTable(SqlTokens& tokens, const Indices& s, bool caseInsensitiv
         }
         current.clear();
     };
-    for (size_t j = k + 1; j < s.size(); ++j) {
-        const SqlToken& token = tokens[s[j]];
-        if (depth == 0 && (token.isSymbol(u",") || token.isSymbol(u")"))) {
-            finish();
-            if (token.isSymbol(u")"))
-                break;
-            continue;
-        }
-        if (token.isSymbol(u"("))
-            ++depth;
-        else if (token.isSymbol(u")"))
-            --depth;
-        current.push_back(s[j]);
+    for (Indices& item : parenthesisedListItems(tokens, s, k)) {
+        current = std::move(item);
+        finish();
     }
 }
 

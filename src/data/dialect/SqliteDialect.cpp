@@ -37,17 +37,6 @@ void eraseRange(SqlTokens& tokens, size_t from, size_t to) {
 }
 
 // Position in `s` after the optional "IF NOT EXISTS" / "IF EXISTS" at k.
-size_t skipIfExists(const SqlTokens& tokens, const Indices& s, size_t k) {
-    if (k < s.size() && tokens[s[k]].isWord(u"IF")) {
-        ++k;
-        if (k < s.size() && tokens[s[k]].isWord(u"NOT"))
-            ++k;
-        if (k < s.size() && tokens[s[k]].isWord(u"EXISTS"))
-            ++k;
-    }
-    return k;
-}
-
 // CREATE [UNIQUE] INDEX name ON T (c) [WITH PRIMARY | WITH DISALLOW NULL | WITH IGNORE NULL]
 void rewriteCreateIndex(SqlTokens& tokens, const Indices& s) {
     size_t k = 1;
@@ -172,7 +161,6 @@ void rewriteCreateTable(SqlTokens& tokens, const Indices& s) {
     std::vector<ColumnDefinition> columns;
     bool tableHasKey = false;
     Indices current;
-    int depth = 0;
     auto finish = [&] {
         if (current.empty())
             return;
@@ -185,19 +173,9 @@ void rewriteCreateTable(SqlTokens& tokens, const Indices& s) {
         }
         current.clear();
     };
-    for (size_t j = k + 1; j < s.size(); ++j) {
-        const SqlToken& token = tokens[s[j]];
-        if (depth == 0 && (token.isSymbol(u",") || token.isSymbol(u")"))) {
-            finish();
-            if (token.isSymbol(u")"))
-                break;
-            continue;
-        }
-        if (token.isSymbol(u"("))
-            ++depth;
-        else if (token.isSymbol(u")"))
-            --depth;
-        current.push_back(s[j]);
+    for (Indices& item : parenthesisedListItems(tokens, s, k)) {
+        current = std::move(item);
+        finish();
     }
 
     int autoIncrementColumns = 0;
