@@ -108,11 +108,11 @@ bool measurePostgres(const QString& initString, int documents) {
         QStringLiteral(
             "INSERT INTO ktitem SELECT g, timestamp '2000-01-01' + g * interval '7 minutes', "
             "'user' || lpad((g %% 20)::text, 2, '0'), g %% 8, 1, CASE WHEN g %% 50 = 0 THEN -1 "
-            "ELSE 0 END FROM generate_series(1, %1) g; "
+            "ELSE 0 END FROM generate_series(1::bigint, %1) g; "
             "INSERT INTO invoices SELECT g, 'Customer ' || lpad(((g * 7919) %% 20000)::text, 5, "
             "'0') || ' Ltd', (g * 104729) %% 1000000, (ARRAY['North','South','East','West',"
             "'Central','Coast','Inland','Islands','Harbour','Valley'])[g %% 10 + 1], "
-            "CASE WHEN g %% 2 = 1 THEN -1 ELSE 0 END FROM generate_series(1, %1) g; "
+            "CASE WHEN g %% 2 = 1 THEN -1 ELSE 0 END FROM generate_series(1::bigint, %1) g; "
             "ANALYZE ktitem; ANALYZE invoices")
             .arg(documents)
             .replace(QStringLiteral("%%"), QStringLiteral("%"))

@@ -1,0 +1,290 @@
+// The sample built on a PostgreSQL server must answer the controls' queries exactly as the one
+// built on SQLite: same field names, types, sizes and values, row by row.
+
+#include "core/CommandLine.h"
+#include "core/Repository.h"
+#include "core/SampleBuilder.h"
+#include "core/SampleContent.h"
+#include "data/Connection.h"
+#include "data/ConnectionProperties.h"
+#include "data/Error.h"
+#include "data/Recordset.h"
+#include "session/Schema.h"
+#include "support/PostgresServer.h"
+
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace vx::test {
+namespace {
+
+constexpr qint32 ParityDocuments = 300;
+
+struct BuiltSample {
+    QTemporaryDir folder;
+    repo::SampleResult result;
+    Connection connection;
+};
+
+class SampleParity : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        PostgresServer& server = PostgresServer::instance();
+        if (!server.isAvailable() || !server.isRunning())
+            return;
+        serverInit = server.createDatabase();
+        if (serverInit.isEmpty())
+            return;
+        sqlite = build(QString());
+        postgres = build(serverInit);
+    }
+    static void TearDownTestSuite() {
+        sqlite.reset();
+        postgres.reset();
+    }
+
+    static std::unique_ptr<BuiltSample> build(const QString& server) {
+        auto sample = std::make_unique<BuiltSample>();
+        repo::SampleOptions options;
+        options.documents = ParityDocuments;
+        options.server = server;
+        sample->result = repo::createSample(sample->folder.path(), options);
+        // As the controls connect: through the group's data-link file.
+        sample->connection.open(QStringLiteral("File Name=") + sample->result.dataLinkPath);
+        return sample;
+    }
+
+    void SetUp() override {
+        PostgresServer& server = PostgresServer::instance();
+        if (!server.isAvailable())
+            GTEST_SKIP() << server.skipReason().toStdString();
+        ASSERT_TRUE(server.isRunning()) << server.failure().toStdString();
+        ASSERT_TRUE(sqlite && postgres) << "the samples were not built";
+    }
+
+    // Both engines' answers to `sql`, compared field by field and value by value.
+    // `compareTypes` false compares names and values only.
+    static void expectSameRows(const QString& sql, qsizetype minimumRows = 1,
+                               bool compareTypes = true) {
+        SCOPED_TRACE(sql.toStdString());
+        Recordset left;
+        Recordset right;
+        left.open(sql, sqlite->connection);
+        right.open(sql, postgres->connection);
+        ASSERT_EQ(left.fieldCount(), right.fieldCount());
+        for (int i = 0; i < left.fieldCount(); ++i) {
+            EXPECT_EQ(left.field(i).name(), right.field(i).name()) << "field " << i;
+            if (!compareTypes)
+                continue;
+            EXPECT_EQ(left.field(i).type(), right.field(i).type())
+                << left.field(i).name().toStdString();
+            EXPECT_EQ(left.field(i).definedSize(), right.field(i).definedSize())
+                << left.field(i).name().toStdString();
+        }
+        ASSERT_EQ(left.recordCount(), right.recordCount());
+        EXPECT_GE(left.recordCount(), minimumRows) << "a query that finds nothing proves little";
+        int mismatches = 0;
+        for (qsizetype row = 0; !left.eof() && !right.eof() && mismatches < 10; ++row) {
+            for (int i = 0; i < left.fieldCount(); ++i) {
+                const QVariant a = left.value(i);
+                const QVariant b = right.value(i);
+                if (a.isNull() != b.isNull() || (!a.isNull() && a != b)) {
+                    ADD_FAILURE() << "row " << row << " " << left.field(i).name().toStdString()
+                                  << ": " << a.toString().toStdString() << " ("
+                                  << a.metaType().name() << ") against "
+                                  << b.toString().toStdString() << " (" << b.metaType().name()
+                                  << ")";
+                    ++mismatches;
+                }
+            }
+            left.moveNext();
+            right.moveNext();
+        }
+    }
+
+    static inline QString serverInit;
+    static inline std::unique_ptr<BuiltSample> sqlite;
+    static inline std::unique_ptr<BuiltSample> postgres;
+};
+
+TEST_F(SampleParity, ServerSampleWritesFilesThatNameTheServer) {
+    const ConnectionProperties group = readDataLinkFile(postgres->result.dataLinkPath);
+    EXPECT_EQ(group.value(QStringLiteral("Provider")), u"PostgreSQL");
+    EXPECT_EQ(group.value(QStringLiteral("Database")),
+              ConnectionProperties::parse(serverInit).value(QStringLiteral("Database")));
+    const ConnectionProperties repository = readDataLinkFile(
+        repo::Repository::dataLinkPath(postgres->result.dir, repo::Repository::DefaultName));
+    EXPECT_EQ(repository.value(QStringLiteral("Provider")), u"PostgreSQL");
+    // No database file in DIR; the documents still are there.
+    EXPECT_FALSE(QFileInfo::exists(
+        repo::Repository::databasePath(postgres->result.dir, repo::Repository::DefaultName)));
+    EXPECT_EQ(postgres->result.counts.filesOnDisk, sqlite->result.counts.filesOnDisk);
+    EXPECT_TRUE(QFileInfo(postgres->result.documentFolder).isDir());
+    EXPECT_EQ(postgres->connection.providerName(), u"PostgreSQL");
+}
+
+TEST_F(SampleParity, TablesHoldTheSameNumberOfRows) {
+    // COUNT(*) is a 32-bit integer on SQLite and a 64-bit one on the server: values only.
+    for (const QString& table :
+         {QStringLiteral("KTItem"), QStringLiteral("KTFile"), QStringLiteral("KTGroup"),
+          QStringLiteral("KTUsers"), QStringLiteral("KTPath"), QStringLiteral("KTRevision"),
+          QStringLiteral("KTSecurity"), QStringLiteral("keywords"), QStringLiteral("dictionary"),
+          QStringLiteral("Invoices"),
+          hintTableName(QStringLiteral("Invoices"), QStringLiteral("Customer")),
+          hintTableName(QStringLiteral("Invoices"), QStringLiteral("Categories"))})
+        expectSameRows(QStringLiteral("SELECT COUNT(*) AS [rows] FROM [%1]").arg(table), 1, false);
+}
+
+TEST_F(SampleParity, HitListJoinsGiveTheSameRows) {
+    const QString join = QStringLiteral(
+        "SELECT * FROM Invoices, KTItem WHERE Invoices.itemid = KTItem.itemid AND %1 "
+        "ORDER BY Invoices.itemid");
+    const QString customer = repo::sample::customers().first();
+    expectSameRows(join.arg(QStringLiteral("KTItem.deleted = 0")), ParityDocuments / 2);
+    expectSameRows(join.arg(QStringLiteral("[Invoices].[Customer] = '%1'").arg(customer)));
+    // Text compared without regard to case on both engines.
+    expectSameRows(
+        join.arg(QStringLiteral("[Customer] LIKE '%1%'").arg(customer.left(3).toLower())));
+    expectSameRows(join.arg(QStringLiteral("[Amount] > 500 AND [Amount] <= 2000")));
+    expectSameRows(join.arg(QStringLiteral("[InvoiceDate] >= #06/01/2022# AND [InvoiceDate] < "
+                                           "#01/01/2023#")));
+    expectSameRows(join.arg(QStringLiteral("[Paid] = -1")));
+    expectSameRows(join.arg(QStringLiteral("[Paid] = False AND KTItem.attachment = True")));
+}
+
+TEST_F(SampleParity, KeywordSecurityAndVersionQueriesGiveTheSameRows) {
+    QStringList keywords;
+    for (qint32 id = 1; id <= 5; ++id)
+        keywords += repo::sample::document(id, ParityDocuments).keywords;
+    ASSERT_FALSE(keywords.isEmpty());
+    expectSameRows(QStringLiteral("SELECT DISTINCT KTItem.itemid, KTItem.description FROM KTItem, "
+                                  "keywords WHERE KTItem.itemid = keywords.itemid AND keyword "
+                                  "IN ('%1') ORDER BY KTItem.itemid")
+                       .arg(keywords.join(QStringLiteral("', '"))));
+    expectSameRows(QStringLiteral("SELECT * FROM Invoices, KTItem WHERE Invoices.itemid = "
+                                  "KTItem.itemid AND ktitem.itemid NOT IN (SELECT itemid FROM "
+                                  "KTSecurity WHERE UserID = 2) ORDER BY Invoices.itemid"),
+                   ParityDocuments / 2);
+    expectSameRows(QStringLiteral("select [itemid] AS [Item ID], [Version], [fname] AS [File "
+                                  "Name], [idx_date] AS [Index Date], [volume] AS [Volume Name], "
+                                  "[username] AS [User Name], [res_desc] AS [Modified], "
+                                  "[rel_desc] AS [Description] from KTRevision where itemid=13 "
+                                  "ORDER BY [Version]"));
+    expectSameRows(QStringLiteral("select * from keywords where itemid = 13 ORDER BY keyword"));
+    expectSameRows(QStringLiteral("SELECT * FROM KTFile ORDER BY fileid"), ParityDocuments);
+    expectSameRows(QStringLiteral("SELECT * FROM KTUsers ORDER BY UserID"));
+}
+
+// The tool on a server: refuses a database that already holds a repository, and names it.
+TEST_F(SampleParity, ToolRefusesADatabaseThatHoldsTheTables) {
+    QTemporaryDir other;
+    QString output;
+    QString errors;
+    QTextStream out(&output);
+    QTextStream err(&errors);
+    const int code = repo::runRepositoryTool(
+        {QStringLiteral("create"), other.path(), QStringLiteral("--server"), serverInit}, out, err,
+        QString());
+    err.flush();
+    EXPECT_EQ(code, repo::ExitFailed);
+    EXPECT_TRUE(errors.contains(QLatin1String("already holds the table KTItem")))
+        << errors.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(
+        repo::Repository::dataLinkPath(other.path(), repo::Repository::DefaultName)));
+    // The refused attempt left the sample's rows alone.
+    expectSameRows(QStringLiteral("SELECT COUNT(*) AS [rows] FROM [KTItem]"), 1, false);
+
+    // Another provider, or a server text without a database, is a usage mistake with a reason.
+    errors.clear();
+    EXPECT_EQ(
+        repo::runRepositoryTool({QStringLiteral("create"), other.path(), QStringLiteral("--server"),
+                                 QStringLiteral("Provider=SQLite;Data Source=x.db")},
+                                out, err, QString()),
+        repo::ExitFailed);
+    err.flush();
+    EXPECT_TRUE(errors.contains(QLatin1String("Provider=PostgreSQL"))) << errors.toStdString();
+    errors.clear();
+    EXPECT_EQ(
+        repo::runRepositoryTool({QStringLiteral("create"), other.path(), QStringLiteral("--server"),
+                                 QStringLiteral("Host=127.0.0.1;Port=1")},
+                                out, err, QString()),
+        repo::ExitFailed);
+    err.flush();
+    EXPECT_TRUE(errors.contains(QLatin1String("no Database"))) << errors.toStdString();
+}
+
+// add-user and add-word through the data-link file in DIR reach the server's tables.
+TEST_F(SampleParity, ToolAddsRowsToTheServerRepository) {
+    PostgresServer& server = PostgresServer::instance();
+    const QString database = server.createDatabase();
+    ASSERT_FALSE(database.isEmpty()) << server.failure().toStdString();
+    QTemporaryDir dir;
+    QString output;
+    QString errors;
+    QTextStream out(&output);
+    QTextStream err(&errors);
+    ASSERT_EQ(repo::runRepositoryTool(
+                  {QStringLiteral("create"), dir.path(), QStringLiteral("--server"), database}, out,
+                  err, QString()),
+              repo::ExitOk);
+    EXPECT_EQ(
+        repo::runRepositoryTool({QStringLiteral("add-user"), dir.path(), QStringLiteral("carol")},
+                                out, err, QString()),
+        repo::ExitOk);
+    EXPECT_EQ(
+        repo::runRepositoryTool({QStringLiteral("add-word"), dir.path(), QStringLiteral("invoice"),
+                                 QStringLiteral("--server"), database},
+                                out, err, QString()),
+        repo::ExitOk);
+    // Names compare without regard to case on the server as well.
+    EXPECT_EQ(
+        repo::runRepositoryTool({QStringLiteral("add-user"), dir.path(), QStringLiteral("CAROL")},
+                                out, err, QString()),
+        repo::ExitFailed);
+    err.flush();
+    EXPECT_TRUE(errors.contains(QLatin1String("already exists"))) << errors.toStdString();
+
+    Connection connection;
+    connection.open(database);
+    Recordset users;
+    users.open(QStringLiteral("SELECT [UserID], [UserName] FROM [KTUsers]"), connection);
+    ASSERT_EQ(users.recordCount(), 1);
+    EXPECT_EQ(users.value(1).toString(), u"carol");
+    Recordset words;
+    words.open(QStringLiteral("SELECT [words] FROM [dictionary]"), connection);
+    ASSERT_EQ(words.recordCount(), 1);
+    EXPECT_EQ(words.value(0).toString(), u"invoice");
+}
+
+// A sample that fails after the repository tables were made on the server takes them back, so
+// the same database can be used again.
+TEST_F(SampleParity, FailedServerSampleLeavesTheDatabaseEmpty) {
+    PostgresServer& server = PostgresServer::instance();
+    const QString database = server.createDatabase();
+    ASSERT_FALSE(database.isEmpty()) << server.failure().toStdString();
+    QTemporaryDir root;
+    // Too long for the group's files, which are written after the repository tables.
+    const QString tooDeep = root.filePath(QString(240, u'd'));
+    repo::SampleOptions options;
+    options.documents = 5;
+    options.server = database;
+    EXPECT_THROW(repo::createSample(tooDeep, options), Error);
+    EXPECT_FALSE(QFileInfo::exists(tooDeep));
+
+    Connection connection;
+    connection.open(database);
+    Recordset tables = connection.openSchema(SchemaKind::Tables);
+    for (; !tables.eof(); tables.moveNext())
+        EXPECT_NE(tables.value(QStringLiteral("TABLE_TYPE")).toString(), u"TABLE")
+            << tables.value(QStringLiteral("TABLE_NAME")).toString().toStdString();
+    connection.close();
+
+    QTemporaryDir fine;
+    const repo::SampleResult retried = repo::createSample(fine.path(), options);
+    EXPECT_EQ(retried.counts.documents, 5);
+}
+
+} // namespace
+} // namespace vx::test
