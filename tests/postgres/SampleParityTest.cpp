@@ -126,7 +126,7 @@ TEST_F(SampleParity, ServerSampleWritesFilesThatNameTheServer) {
 }
 
 TEST_F(SampleParity, TablesHoldTheSameNumberOfRows) {
-    // COUNT(*) is a 32-bit integer on SQLite and a 64-bit one on the server: values only.
+    // Counts are 32-bit integers on both engines, as the controls expect.
     for (const QString& table :
          {QStringLiteral("KTItem"), QStringLiteral("KTFile"), QStringLiteral("KTGroup"),
           QStringLiteral("KTUsers"), QStringLiteral("KTPath"), QStringLiteral("KTRevision"),
@@ -134,7 +134,7 @@ TEST_F(SampleParity, TablesHoldTheSameNumberOfRows) {
           QStringLiteral("Invoices"),
           hintTableName(QStringLiteral("Invoices"), QStringLiteral("Customer")),
           hintTableName(QStringLiteral("Invoices"), QStringLiteral("Categories"))})
-        expectSameRows(QStringLiteral("SELECT COUNT(*) AS [rows] FROM [%1]").arg(table), 1, false);
+        expectSameRows(QStringLiteral("SELECT COUNT(*) AS [rows] FROM [%1]").arg(table));
 }
 
 TEST_F(SampleParity, HitListJoinsGiveTheSameRows) {

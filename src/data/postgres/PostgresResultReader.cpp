@@ -6,6 +6,7 @@
 #include <QHash>
 #include <charconv>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 namespace vx::postgres {
@@ -132,6 +133,21 @@ bool parseInteger(const char* text, int size, qint64& value) {
     return std::from_chars(text, text + size, value).ec == std::errc();
 }
 
+// Whether every value of a computed 64-bit column fits 32 bits.
+bool fitsInteger(const PGresult* result, int column) {
+    for (int row = 0, rows = PQntuples(result); row < rows; ++row) {
+        if (PQgetisnull(result, row, column))
+            continue;
+        qint64 value = 0;
+        if (!parseInteger(PQgetvalue(result, row, column), PQgetlength(result, row, column),
+                          value) ||
+            value < std::numeric_limits<qint32>::min() ||
+            value > std::numeric_limits<qint32>::max())
+            return false;
+    }
+    return true;
+}
+
 // Numbers in the server's text form, independent of the process locale; "NaN", "Infinity"
 // and "-Infinity" included.
 bool parseReal(const char* text, int size, double& value) {
@@ -241,6 +257,11 @@ std::unique_ptr<RowStore> readResult(const PGresult* result, Catalog& catalog, c
             info.baseColumn = column->displayName;
             info.keyColumn = column->key;
             info.autoIncrement = column->autoIncrement;
+        }
+        if (!column && info.type == DataType::BigInt && fitsInteger(result, i)) {
+            // COUNT(*) and SUM(...) read as 32-bit integers, as on the embedded engine.
+            info.type = DataType::Integer;
+            info.definedSize = 4;
         }
         columns.push_back(std::move(reading));
     }
