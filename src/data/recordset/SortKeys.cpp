@@ -238,9 +238,11 @@ std::vector<qsizetype> sortRows(const RowStore& store, std::vector<qsizetype> ro
             while (end < entries.size() && entries[end].key == entries[begin].key &&
                    (first.isNull[entries[end].index] != 0) == null)
                 ++end;
-            if (end - begin > 1)
-                std::sort(entries.begin() + qsizetype(begin), entries.begin() + qsizetype(end),
-                          tieBreak);
+            // The radix pass is stable, so a run of equal values is already in row order.
+            const auto runBegin = entries.begin() + qsizetype(begin);
+            const auto runEnd = entries.begin() + qsizetype(end);
+            if (end - begin > 1 && !std::is_sorted(runBegin, runEnd, tieBreak))
+                std::sort(runBegin, runEnd, tieBreak);
             begin = end;
         }
     }
