@@ -126,3 +126,35 @@ TEST(Sort, MatchesAReferenceOrderOnRandomText) {
         expectedIds << id;
     EXPECT_EQ(columnValues(set, 0), expectedIds);
 }
+
+// Long runs that share their first bytes ("Customer 00042 Ltd") are split on later bytes; the
+// order must still be the plain case-insensitive one, ties in storage order, both directions.
+TEST(Sort, ValuesWithACommonStartSortByTheirWholeText) {
+    QRandomGenerator random(7);
+    const QStringList endings = {" Ltd", " LTD", " ltd.", "", " Ltd and Sons of a very long name"};
+    QList<QVariantList> rows;
+    QList<QString> texts;
+    for (int i = 0; i < 3000; ++i) {
+        const QString text = (random.bounded(2) ? QStringLiteral("Customer %1") : "CUSTOMER %1")
+                                 .arg(random.bounded(300), 5, 10, QChar(u'0')) +
+                             endings[random.bounded(int(endings.size()))];
+        rows << QVariantList{i, text};
+        texts << text;
+    }
+    Recordset set = Recordset::fromRows(
+        makeStore({column("id", DataType::Integer), column("name", DataType::VarWChar)}, rows));
+
+    for (const bool descending : {false, true}) {
+        QList<int> expected(3000);
+        std::iota(expected.begin(), expected.end(), 0);
+        std::stable_sort(expected.begin(), expected.end(), [&](int a, int b) {
+            const int c = texts[a].compare(texts[b], Qt::CaseInsensitive);
+            return descending ? c > 0 : c < 0;
+        });
+        QVariantList expectedIds;
+        for (int id : expected)
+            expectedIds << id;
+        set.setSort(descending ? "[name] DESC" : "[name] ASC");
+        EXPECT_EQ(columnValues(set, 0), expectedIds) << (descending ? "descending" : "ascending");
+    }
+}

@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <string>
 
@@ -68,6 +69,21 @@ struct ColumnKeys {
         }
         return lengthA < lengthB ? -1 : (lengthA > lengthB ? 1 : 0);
     }
+
+    // Folded bytes [8 * chunk, 8 * chunk + 8) as a big-endian key (chunk 0 is `key`).
+    quint64 chunkKey(quint32 index, size_t chunk) const {
+        const auto& [offset, length] = tail[index];
+        const qsizetype start = qsizetype(chunk - 1) * 8;
+        quint64 result = 0;
+        for (qsizetype i = 0; i < 8; ++i) {
+            const qsizetype at = start + i;
+            const auto byte =
+                at < length ? static_cast<unsigned char>(tails[size_t(offset + at)]) : 0;
+            result = (result << 8) | byte;
+        }
+        return result;
+    }
+    qsizetype tailLength(quint32 index) const { return tail[index].second; }
 
     // Ascending comparison including nulls; the caller applies the direction.
     int compare(quint32 a, quint32 b) const {
@@ -230,6 +246,44 @@ std::vector<qsizetype> sortRows(const RowStore& store, std::vector<qsizetype> ro
         }
         return a.index < b.index;
     };
+    // A run sharing its first 8 * chunk folded bytes: long runs (values with a common start,
+    // "Customer 00042 Ltd") are radix-sorted on the next eight bytes, then split again; short
+    // runs, and runs past the end of every value, are compared whole. The radix pass is stable,
+    // so a run of equal values is already in row order.
+    std::function<void(std::vector<Entry>&, size_t, size_t, size_t)> sortRun =
+        [&](std::vector<Entry>& all, size_t begin, size_t end, size_t chunk) {
+            const auto runBegin = all.begin() + qsizetype(begin);
+            const auto runEnd = all.begin() + qsizetype(end);
+            bool longer = false;
+            if (chunk > 0 && first.text && end - begin > 64) {
+                for (size_t i = begin; i < end && !longer; ++i)
+                    longer = first.tailLength(all[i].index) > qsizetype(chunk - 1) * 8;
+            }
+            if (!longer) {
+                if (!std::is_sorted(runBegin, runEnd, tieBreak))
+                    std::sort(runBegin, runEnd, tieBreak);
+                return;
+            }
+            std::vector<Entry> run(runBegin, runEnd);
+            for (Entry& entry : run) {
+                const quint64 key = first.chunkKey(entry.index, chunk);
+                entry.key = first.descending ? ~key : key;
+            }
+            radixSort(run);
+            size_t from = 0;
+            while (from < run.size()) {
+                size_t to = from + 1;
+                while (to < run.size() && run[to].key == run[from].key)
+                    ++to;
+                if (to - from > 1)
+                    sortRun(run, from, to, chunk + 1);
+                from = to;
+            }
+            // Keys of this level only matter inside the run; the caller groups by its own.
+            const quint64 outerKey = runBegin->key;
+            for (size_t i = 0; i < run.size(); ++i)
+                all[begin + i] = {outerKey, run[i].index};
+        };
     if (tiesNeedMore) {
         size_t begin = 0;
         while (begin < entries.size()) {
@@ -238,11 +292,8 @@ std::vector<qsizetype> sortRows(const RowStore& store, std::vector<qsizetype> ro
             while (end < entries.size() && entries[end].key == entries[begin].key &&
                    (first.isNull[entries[end].index] != 0) == null)
                 ++end;
-            // The radix pass is stable, so a run of equal values is already in row order.
-            const auto runBegin = entries.begin() + qsizetype(begin);
-            const auto runEnd = entries.begin() + qsizetype(end);
-            if (end - begin > 1 && !std::is_sorted(runBegin, runEnd, tieBreak))
-                std::sort(runBegin, runEnd, tieBreak);
+            if (end - begin > 1)
+                sortRun(entries, begin, end, null ? 0 : 1);
             begin = end;
         }
     }
