@@ -64,6 +64,17 @@ parenthesisedListItems(const SqlTokens& tokens, const std::vector<size_t>& state
     return items;
 }
 
+bool isConstraintWord(const SqlToken& token) {
+    static const char16_t* const words[] = {
+        u"CONSTRAINT", u"PRIMARY",    u"NOT",       u"NULL", u"UNIQUE", u"CHECK",   u"DEFAULT",
+        u"COLLATE",    u"REFERENCES", u"GENERATED", u"AS",   u"WITH",   u"FOREIGN", u"IDENTITY"};
+    for (const char16_t* word : words) {
+        if (token.isWord(word))
+            return true;
+    }
+    return false;
+}
+
 bool parseJetDateLiteral(QStringView body, QDateTime& result) {
     static const QRegularExpression pattern(
         QStringLiteral(R"(^\s*(?:(\d{1,2})/(\d{1,2})/(\d{2}|\d{4})|(\d{4})-(\d{1,2})-(\d{1,2}))?)"

@@ -25,6 +25,9 @@ size_t skipIfExists(const SqlTokens& tokens, const std::vector<size_t>& statemen
 std::vector<std::vector<size_t>>
 parenthesisedListItems(const SqlTokens& tokens, const std::vector<size_t>& statement, size_t open);
 
+// Whether a CREATE TABLE list item starting with this word is a table constraint, not a column.
+bool isConstraintWord(const SqlToken& token);
+
 // "#03/15/2024#", "#3/15/2024 10:30:00 PM#", "#2024-03-15#", "#10:30#" (the text between the #).
 bool parseJetDateLiteral(QStringView body, QDateTime& result);
 void rewriteDateLiterals(SqlTokens& tokens,

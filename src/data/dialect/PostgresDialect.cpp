@@ -118,17 +118,6 @@ std::optional<NativeType> nativeType(const QString& name, const QStringList& arg
     return std::nullopt;
 }
 
-bool isConstraintWord(const SqlToken& token) {
-    static const char16_t* const words[] = {
-        u"CONSTRAINT", u"PRIMARY",    u"NOT",  u"NULL",      u"UNIQUE",  u"CHECK",   u"DEFAULT",
-        u"COLLATE",    u"REFERENCES", u"WITH", u"GENERATED", u"FOREIGN", u"IDENTITY"};
-    for (const char16_t* word : words) {
-        if (token.isWord(word))
-            return true;
-    }
-    return false;
-}
-
 // One column definition "[name] TYPE(args) constraints" at s[0..]: the type becomes native.
 void rewriteColumnDefinition(SqlTokens& tokens, const Indices& s, bool caseInsensitive,
                              Extras& extras, const QString& typePrefix = {}) {

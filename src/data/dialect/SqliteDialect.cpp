@@ -75,17 +75,6 @@ void rewriteDropIndex(SqlTokens& tokens, const Indices& s) {
     }
 }
 
-bool isConstraintWord(const SqlToken& token) {
-    static const char16_t* const words[] = {
-        u"CONSTRAINT", u"PRIMARY",    u"NOT",       u"NULL", u"UNIQUE", u"CHECK",  u"DEFAULT",
-        u"COLLATE",    u"REFERENCES", u"GENERATED", u"AS",   u"WITH",   u"FOREIGN"};
-    for (const char16_t* word : words) {
-        if (token.isWord(word))
-            return true;
-    }
-    return false;
-}
-
 struct ColumnDefinition {
     Indices tokens;     // significant tokens of the definition
     size_t typeEnd = 1; // tokens[1, typeEnd) spell the declared type
