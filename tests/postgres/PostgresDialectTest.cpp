@@ -35,6 +35,10 @@ TEST(PostgresDialect, RewritesQueriesAndLeavesLiteralsAlone) {
          "SELECT \"I\".\"itemid\" AS \"Total\", x FROM KTItem AS \"I\" ORDER BY \"Total\" DESC, "
          "\"x\""},
         {"SELECT I.itemid FROM KTItem AS [I]", "SELECT \"I\".itemid FROM KTItem AS \"I\""},
+        // Plain select-list aliases keep their case too; casts and lower-case ones are left.
+        {"SELECT k.idx_date AS IndexDate, CAST(a AS INTEGER) AS n FROM k ORDER BY IndexDate",
+         "SELECT k.idx_date AS \"IndexDate\", CAST(a AS INTEGER) AS n FROM k ORDER BY "
+         "\"IndexDate\""},
         // LIKE matches without regard to case, on any operand.
         {"SELECT * FROM t WHERE [name] LIKE 'ab%' AND t.b NOT LIKE [t].[c]",
          "SELECT * FROM t WHERE \"name\" ILIKE 'ab%' COLLATE \"default\" AND t.b NOT ILIKE "

@@ -317,13 +317,19 @@ QString PostgresServer::failure() const {
 }
 
 QString PostgresServer::createDatabase() {
+    return createDatabaseFrom(QString());
+}
+
+QString PostgresServer::createDatabaseFrom(const QString& templateDatabase) {
     if (!isRunning())
         return {};
     const QString name = QStringLiteral("vxtest%1").arg(++d->databases);
-    if (!d->run(QDir(d->binaries).filePath(QStringLiteral("createdb")),
-                {QStringLiteral("-h"), d->folder->path(), QStringLiteral("-p"),
-                 QString::number(d->port), QStringLiteral("-U"), superUser, name},
-                false, 60000))
+    QStringList arguments{QStringLiteral("-h"),     d->folder->path(),    QStringLiteral("-p"),
+                          QString::number(d->port), QStringLiteral("-U"), superUser};
+    if (!templateDatabase.isEmpty())
+        arguments << QStringLiteral("-T") << templateDatabase;
+    arguments << name;
+    if (!d->run(QDir(d->binaries).filePath(QStringLiteral("createdb")), arguments, false, 60000))
         return {};
     return initStringWithoutPassword(name) + QStringLiteral(";Password=") + d->password;
 }
@@ -369,6 +375,9 @@ QString PostgresServer::failure() const {
     return {};
 }
 QString PostgresServer::createDatabase() {
+    return {};
+}
+QString PostgresServer::createDatabaseFrom(const QString&) {
     return {};
 }
 QString PostgresServer::initStringWithoutPassword(const QString&) const {

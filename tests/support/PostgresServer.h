@@ -29,6 +29,8 @@ public:
     // A new empty database; returns its init string ("Provider=PostgreSQL;Host=127.0.0.1;
     // Port=...;Database=...;User ID=...;Password=..."). Empty on failure, with failure() set.
     QString createDatabase();
+    // A new database copied from `templateDatabase` (which nobody may be connected to).
+    QString createDatabaseFrom(const QString& templateDatabase);
     // The init string of a database without the password, for opens that give it separately.
     QString initStringWithoutPassword(const QString& database) const;
     QString password() const;

@@ -7,6 +7,12 @@
 
 namespace vx::test {
 
+// The engine the samples live on: SQLite files, or databases on a throw-away PostgreSQL server
+// when VX_TEST_ENGINE=postgres (the control suites run on both). Read when a process makes its
+// first sample; every later copy stays on that engine.
+enum class SampleEngine { Sqlite, Postgres };
+SampleEngine sampleEngine();
+
 // A fresh copy of the sample repository (group "Invoices" of library "Main") in a temporary
 // folder of its own, removed with the object. The sample is built once per test process and
 // copied, so each test may change its copy freely.

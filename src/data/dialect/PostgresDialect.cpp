@@ -300,9 +300,20 @@ void rewriteDropIndex(SqlTokens& tokens, const Indices& s) {
 void convertNames(SqlTokens& tokens, const Indices& s) {
     QHash<QString, QString> aliases;
     for (size_t k = 1; k < s.size(); ++k) {
-        const SqlToken& token = tokens[s[k]];
-        if (token.kind == SqlToken::QuotedName && tokens[s[k - 1]].isWord(u"AS"))
+        SqlToken& token = tokens[s[k]];
+        if (!tokens[s[k - 1]].isWord(u"AS"))
+            continue;
+        if (token.kind == SqlToken::QuotedName) {
             aliases.insert(token.name().toLower(), token.name());
+        } else if (token.kind == SqlToken::Word && foldedName(token.text) != token.text &&
+                   k + 1 < s.size() &&
+                   (tokens[s[k + 1]].isSymbol(u",") || tokens[s[k + 1]].isWord(u"FROM"))) {
+            // A select-list alias such as "AS IndexDate" keeps its case, as the controls read
+            // result columns by it ("CAST(x AS INTEGER)" is followed by neither).
+            aliases.insert(token.text.toLower(), token.text);
+            token.text = quoteName(token.text);
+            token.kind = SqlToken::QuotedName;
+        }
     }
     int depth = 0;
     int orderByDepth = -1;
@@ -325,7 +336,7 @@ void convertNames(SqlTokens& tokens, const Indices& s) {
                 token.text = quoteName(alias.value());
             else
                 token.text = quoteName(name.toLower());
-        } else if (token.kind == SqlToken::Word && qualifier) {
+        } else if (token.kind == SqlToken::Word && (qualifier || orderByDepth >= 0)) {
             const auto alias = aliases.constFind(token.text.toLower());
             if (alias != aliases.constEnd() && foldedName(alias.value()) != alias.value()) {
                 token.text = quoteName(alias.value());
