@@ -110,7 +110,9 @@ QString decodeDataLink(const QByteArray& bytes) {
 ConnectionProperties ConnectionProperties::parse(const QString& text) {
     ConnectionProperties properties;
     for (const QString& part : splitEntries(text)) {
-        if (part.trimmed().isEmpty())
+        // A lone quote closes an extended-properties value written without its opening one
+        // (the export connection text ends so); it carries nothing.
+        if (part.trimmed().isEmpty() || part.trimmed() == QLatin1String("\""))
             continue;
         const qsizetype equals = part.indexOf(u'=');
         if (equals < 0)

@@ -1,6 +1,7 @@
 #include "data/Driver.h"
 
 #include "data/Error.h"
+#include "data/dbf/DbfDriver.h"
 #include "data/postgres/PostgresDriver.h"
 #include "data/sqlite/SqliteDriver.h"
 
@@ -29,6 +30,7 @@ void registerBuiltins() {
     std::call_once(once, [] {
         registerDriver(QStringLiteral("SQLite"), [] { return std::make_unique<SqliteDriver>(); });
         registerDriver(QStringLiteral("PostgreSQL"), [] { return createPostgresDriver(); });
+        registerDriver(QStringLiteral("MSDASQL.1"), [] { return std::make_unique<DbfDriver>(); });
     });
 }
 

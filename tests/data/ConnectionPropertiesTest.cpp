@@ -24,6 +24,14 @@ TEST(ConnectionProperties, ParsesKeysAndQuotedValues) {
     EXPECT_FALSE(properties.contains(QStringLiteral("User ID")));
     EXPECT_EQ(properties.value(QStringLiteral("User ID"), QStringLiteral("none")), u"none");
     EXPECT_EQ(properties.entries().size(), 5);
+
+    // The export connection text ends in the lone closing quote of an extended-properties value
+    // written without its opening one.
+    const auto exportText = ConnectionProperties::parse(QStringLiteral(
+        "Provider=MSDASQL.1;Extended Properties=DSN=Visual FoxPro Tables;UID=;SourceDB=/tmp/x;\""));
+    EXPECT_EQ(exportText.value(QStringLiteral("Extended Properties")), u"DSN=Visual FoxPro Tables");
+    EXPECT_EQ(exportText.value(QStringLiteral("SourceDB")), u"/tmp/x");
+    EXPECT_EQ(exportText.entries().size(), 4);
 }
 
 TEST(ConnectionProperties, MergeKeepsOwnValuesAndSetReplacesByAnyCase) {

@@ -1,0 +1,48 @@
+#include "data/dbf/Cp1252.h"
+
+#include <array>
+
+namespace vx::dbf {
+
+namespace {
+
+// Bytes 0x80 to 0x9F; 0 marks the five the page leaves undefined.
+constexpr std::array<char16_t, 32> upperControlRange = {
+    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+
+char encodeOne(char16_t c) {
+    if (c < 0x80 || (c >= 0xA0 && c <= 0xFF))
+        return char(c);
+    for (size_t i = 0; i < upperControlRange.size(); ++i) {
+        if (upperControlRange[i] != 0 && upperControlRange[i] == c)
+            return char(0x80 + i);
+    }
+    return '?';
+}
+
+} // namespace
+
+QByteArray toCp1252(QStringView text) {
+    QByteArray bytes(text.size(), Qt::Uninitialized);
+    char* out = bytes.data();
+    for (const QChar c : text)
+        *out++ = encodeOne(c.unicode());
+    return bytes;
+}
+
+QString fromCp1252(const char* bytes, qsizetype size) {
+    QString text(size, Qt::Uninitialized);
+    QChar* out = text.data();
+    for (qsizetype i = 0; i < size; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        char16_t c = byte;
+        if (byte >= 0x80 && byte <= 0x9F)
+            c = upperControlRange[byte - 0x80] != 0 ? upperControlRange[byte - 0x80] : u'?';
+        out[i] = QChar(c);
+    }
+    return text;
+}
+
+} // namespace vx::dbf

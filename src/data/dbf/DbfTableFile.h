@@ -1,0 +1,50 @@
+#pragma once
+
+#include "data/dbf/DbfLayout.h"
+
+#include <QString>
+#include <QVariantList>
+#include <memory>
+
+namespace vx {
+class RowStore;
+}
+
+namespace vx::dbf {
+
+// One open FoxPro table (".dbf", with its ".fpt" when it has memo fields) that records are
+// appended to. Records are buffered; flush() writes them, the end-of-file mark, the record count
+// and the date of last update, so the files are complete after every flush. Closing flushes.
+class DbfTableFile {
+public:
+    // Makes new files; throws vx::Error when the table file already exists.
+    static std::unique_ptr<DbfTableFile> create(const QString& path, const TableLayout& layout);
+    static std::unique_ptr<DbfTableFile> open(const QString& path);
+    ~DbfTableFile();
+    DbfTableFile(const DbfTableFile&) = delete;
+    DbfTableFile& operator=(const DbfTableFile&) = delete;
+
+    const QString& path() const;
+    const TableLayout& layout() const;
+    quint32 recordCount() const;
+
+    // One record: `values[i]` goes to field `fields[i]`; the other fields stay blank. Nothing is
+    // appended when a value does not convert.
+    void append(const QList<int>& fields, const QVariantList& values);
+    void flush();
+    void close();
+
+    // Every record not marked deleted, the columns named after the fields, their base table
+    // `tableName`.
+    std::unique_ptr<RowStore> readAll(const QString& tableName);
+
+private:
+    DbfTableFile();
+    struct Private;
+    std::unique_ptr<Private> const d;
+};
+
+// The memo file that goes with a table file.
+QString memoPathFor(const QString& tablePath);
+
+} // namespace vx::dbf

@@ -1,0 +1,108 @@
+#include "data/dbf/FptMemoFile.h"
+
+#include "data/Error.h"
+
+#include <QtEndian>
+
+namespace vx::dbf {
+
+namespace {
+
+constexpr quint32 textMemo = 1;
+constexpr qsizetype pendingLimit = 1 << 20;
+
+Error fileError(const QFile& file, const QString& what) {
+    return Error(ErrorNumber::Unspecified, QStringLiteral("Cannot %1 the memo file '%2': %3")
+                                               .arg(what, file.fileName(), file.errorString()));
+}
+
+} // namespace
+
+QByteArray FptMemoFile::headerBytes() const {
+    QByteArray header(HeaderLength, '\0');
+    qToBigEndian(m_nextBlock, header.data());
+    qToBigEndian(quint16(BlockSize), header.data() + 6);
+    return header;
+}
+
+void FptMemoFile::writeAt(qint64 position, const QByteArray& bytes) {
+    if (!m_file.seek(position) || m_file.write(bytes) != bytes.size())
+        throw fileError(m_file, QStringLiteral("write"));
+}
+
+void FptMemoFile::create(const QString& path) {
+    m_file.setFileName(path);
+    if (!m_file.open(QIODevice::ReadWrite | QIODevice::NewOnly))
+        throw fileError(m_file, QStringLiteral("create"));
+    m_nextBlock = m_flushedBlock = HeaderLength / BlockSize;
+    writeAt(0, headerBytes());
+}
+
+void FptMemoFile::openExisting(const QString& path) {
+    m_file.setFileName(path);
+    if (!m_file.open(QIODevice::ReadWrite))
+        throw fileError(m_file, QStringLiteral("open"));
+    const QByteArray header = m_file.read(8);
+    const auto* data = reinterpret_cast<const uchar*>(header.constData());
+    if (header.size() < 8 || qFromBigEndian<quint16>(data + 6) != BlockSize)
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("'%1' is not a memo file with %2-byte blocks.")
+                        .arg(path)
+                        .arg(BlockSize));
+    m_nextBlock = m_flushedBlock = qFromBigEndian<quint32>(data);
+}
+
+quint32 FptMemoFile::append(const QByteArray& text) {
+    if (text.isEmpty())
+        return 0;
+    const quint32 block = m_nextBlock;
+    const qsizetype used = 8 + text.size();
+    const qsizetype blocks = (used + BlockSize - 1) / BlockSize;
+    const qsizetype start = m_pending.size();
+    m_pending.resize(start + blocks * BlockSize, '\0');
+    qToBigEndian(textMemo, m_pending.data() + start);
+    qToBigEndian(quint32(text.size()), m_pending.data() + start + 4);
+    std::copy(text.begin(), text.end(), m_pending.begin() + start + 8);
+    m_nextBlock += quint32(blocks);
+    if (m_pending.size() >= pendingLimit) {
+        writeAt(qint64(m_flushedBlock) * BlockSize, m_pending);
+        m_pending.clear();
+        m_flushedBlock = m_nextBlock;
+    }
+    return block;
+}
+
+void FptMemoFile::flush() {
+    if (!m_file.isOpen())
+        return;
+    if (!m_pending.isEmpty())
+        writeAt(qint64(m_flushedBlock) * BlockSize, m_pending);
+    m_pending.clear();
+    m_flushedBlock = m_nextBlock;
+    writeAt(0, headerBytes().left(8));
+    if (!m_file.flush())
+        throw fileError(m_file, QStringLiteral("write"));
+}
+
+void FptMemoFile::close() {
+    flush();
+    m_file.close();
+}
+
+QByteArray FptMemoFile::read(quint32 block) {
+    if (block == 0)
+        return {};
+    flush();
+    if (!m_file.seek(qint64(block) * BlockSize))
+        throw fileError(m_file, QStringLiteral("read"));
+    const QByteArray header = m_file.read(8);
+    if (header.size() < 8)
+        throw fileError(m_file, QStringLiteral("read"));
+    const quint32 length = qFromBigEndian<quint32>(header.constData() + 4);
+    const QByteArray text = m_file.read(length);
+    if (text.size() != qsizetype(length))
+        throw fileError(m_file, QStringLiteral("read"));
+    return text;
+}
+
+} // namespace vx::dbf

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+namespace vx::dbf {
+
+// The memo file beside a table (".fpt"): a 512-byte header holding the next free block and the
+// block size, then each memo in whole 64-byte blocks (type and length big-endian, then the text).
+// New memos are buffered and written by flush().
+class FptMemoFile {
+public:
+    static constexpr int BlockSize = 64;
+    static constexpr int HeaderLength = 512;
+
+    // Throws vx::Error when the file cannot be made or opened.
+    void create(const QString& path);
+    void openExisting(const QString& path);
+    bool isOpen() const { return m_file.isOpen(); }
+
+    // Stores the text and returns its first block; empty text is stored as no memo (block 0).
+    quint32 append(const QByteArray& text);
+    void flush();
+    void close();
+
+    // A memo's text; empty for block 0. Flushes first.
+    QByteArray read(quint32 block);
+
+private:
+    QByteArray headerBytes() const;
+    void writeAt(qint64 position, const QByteArray& bytes);
+
+    QFile m_file;
+    quint32 m_nextBlock = HeaderLength / BlockSize;
+    quint32 m_flushedBlock = HeaderLength / BlockSize; // first block of what is pending
+    QByteArray m_pending;
+};
+
+} // namespace vx::dbf
