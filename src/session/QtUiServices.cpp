@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
@@ -13,6 +14,7 @@
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QThread>
+#include <QTimer>
 #include <QUrl>
 #include <utility>
 #include <vector>
@@ -125,7 +127,11 @@ void QtUiServices::setBusyCursor(bool busy) {
 }
 
 void QtUiServices::processEvents() {
-    QCoreApplication::processEvents();
+    // Callers wait in loops on this (a modeless dialog's answer, a file to appear): run the event
+    // loop for a short moment so the wait sleeps in the dispatcher instead of spinning.
+    QEventLoop loop;
+    QTimer::singleShot(15, &loop, &QEventLoop::quit);
+    loop.exec();
 }
 
 void QtUiServices::sleep(int milliseconds) {

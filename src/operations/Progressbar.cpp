@@ -1,0 +1,115 @@
+#include "operations/Progressbar.h"
+
+#include <QFrame>
+#include <QLabel>
+#include <QPointer>
+#include <QProgressBar>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <limits>
+
+namespace vx {
+
+namespace {
+
+thread_local QPointer<Progressbar> lastInstance;
+
+qint16 clamp16(qsizetype value) {
+    return qint16(std::clamp<qsizetype>(value, std::numeric_limits<qint16>::min(),
+                                        std::numeric_limits<qint16>::max()));
+}
+
+} // namespace
+
+Progressbar::Progressbar(QWidget* owner)
+    : QDialog(owner, Qt::Dialog | Qt::WindowTitleHint | Qt::CustomizeWindowHint) {
+    setObjectName(QStringLiteral("Progressbar"));
+    setWindowTitle(QStringLiteral("Please Wait..."));
+    setModal(false);
+
+    auto* shape = new QFrame(this);
+    shape->setObjectName(QStringLiteral("Shape1"));
+    shape->setFrameShape(QFrame::Box);
+    shape->setFrameShadow(QFrame::Sunken);
+
+    m_label = new QLabel(QStringLiteral("Please Wait..."), shape);
+    m_label->setObjectName(QStringLiteral("Label1"));
+    m_label->setAlignment(Qt::AlignCenter);
+
+    m_bar = new QProgressBar(shape);
+    m_bar->setObjectName(QStringLiteral("ProgressBar1"));
+    m_bar->setRange(0, 0);
+    m_bar->setTextVisible(false);
+    m_bar->setMinimumWidth(280);
+
+    auto* inner = new QVBoxLayout(shape);
+    inner->addWidget(m_label);
+    inner->addWidget(m_bar);
+    auto* outer = new QVBoxLayout(this);
+    outer->addWidget(shape);
+    setFixedSize(sizeHint());
+}
+
+Progressbar& Progressbar::instance(QWidget* owner) {
+    QWidget* window = owner ? owner->window() : nullptr;
+    if (!lastInstance || lastInstance->parentWidget() != window)
+        lastInstance = new Progressbar(window); // owned by the window (or deleted on close)
+    if (!window)
+        lastInstance->setAttribute(Qt::WA_DeleteOnClose);
+    return *lastInstance;
+}
+
+Progressbar* Progressbar::current() {
+    return lastInstance.data();
+}
+
+void Progressbar::setMinimum(qint16 value) {
+    m_bar->setMinimum(value);
+}
+
+void Progressbar::setMaximum(qint16 value) {
+    m_bar->setMaximum(value);
+}
+
+void Progressbar::setValue(qint16 value) {
+    m_bar->setValue(std::clamp<int>(value, m_bar->minimum(), m_bar->maximum()));
+    m_bar->repaint();
+}
+
+qint16 Progressbar::minimum() const {
+    return qint16(m_bar->minimum());
+}
+
+qint16 Progressbar::maximum() const {
+    return qint16(m_bar->maximum());
+}
+
+qint16 Progressbar::value() const {
+    return qint16(m_bar->value());
+}
+
+ProgressScope::ProgressScope(QWidget* owner, qsizetype steps, const QString& caption)
+    : m_form(&Progressbar::instance(owner)) {
+    m_form->setWindowTitle(caption.isEmpty() ? QStringLiteral("Please Wait...") : caption);
+    m_form->setMinimum(0);
+    m_form->setMaximum(clamp16(steps));
+    m_form->setValue(0);
+    m_form->show();
+}
+
+ProgressScope::~ProgressScope() {
+    close();
+}
+
+void ProgressScope::setValue(qsizetype position) {
+    if (m_form)
+        m_form->setValue(clamp16(position));
+}
+
+void ProgressScope::close() {
+    if (m_form)
+        m_form->hide();
+    m_form = nullptr;
+}
+
+} // namespace vx

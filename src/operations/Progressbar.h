@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QDialog>
+#include <QPointer>
+#include <QtGlobal>
+
+class QLabel;
+class QProgressBar;
+
+namespace vx {
+
+// The small wait window long operations show while they walk the selected documents. It has no
+// logic of its own: callers set its range and position. One instance is kept per owner window
+// and reused.
+class Progressbar : public QDialog {
+    Q_OBJECT
+public:
+    // The instance for `owner`'s window, created on first use.
+    static Progressbar& instance(QWidget* owner);
+    // The instance last handed out, or null (tests look at it).
+    static Progressbar* current();
+
+    // Range and position are 16-bit, as the form has always taken them.
+    void setMinimum(qint16 value);
+    void setMaximum(qint16 value);
+    void setValue(qint16 value);
+    qint16 minimum() const;
+    qint16 maximum() const;
+    qint16 value() const;
+
+private:
+    explicit Progressbar(QWidget* owner);
+
+    QProgressBar* m_bar = nullptr;
+    QLabel* m_label = nullptr;
+};
+
+// The callers' pattern in one object: minimum 0, maximum the number of steps, value 0, shown
+// without blocking; closed when the scope ends, on every path out of the operation.
+class ProgressScope {
+public:
+    ProgressScope(QWidget* owner, qsizetype steps, const QString& caption = QString());
+    ~ProgressScope();
+    ProgressScope(const ProgressScope&) = delete;
+    ProgressScope& operator=(const ProgressScope&) = delete;
+
+    // The 1-based position of the item reached (values past 32767 show as full).
+    void setValue(qsizetype position);
+    void close();
+
+private:
+    QPointer<Progressbar> m_form;
+};
+
+} // namespace vx

@@ -1,0 +1,274 @@
+#include "HitListFixture.h"
+#include "data/Connection.h"
+#include "hitlist/HitListTabStrip.h"
+#include "session/GroupConnection.h"
+#include "session/companions/VXDynaForm.h"
+
+#include <QHeaderView>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace vx;
+using namespace vx::test;
+
+namespace {
+
+TEST_F(HitListTest, NavigationStopsAtTheEndsWithOneEventPerMove) {
+    query();
+    const int last = grid()->model()->rowCount() - 1;
+    raised.clear();
+    click("Previous");
+    click("First");
+    EXPECT_TRUE(raised.isEmpty()) << "already on the first row";
+    EXPECT_EQ(grid()->currentIndex().row(), 0);
+
+    click("Next");
+    EXPECT_EQ(raised, QList<qint32>{itemAt(1)});
+    EXPECT_EQ(hitList->selectedItems(), QVariantList{itemAt(1)});
+    click("Last");
+    click("Next");
+    EXPECT_EQ(raised, (QList<qint32>{itemAt(1), itemAt(last)}));
+    EXPECT_EQ(grid()->currentIndex().row(), last);
+    EXPECT_EQ(hitList->currentItemId(), itemAt(last));
+
+    // Ctrl+Home and Ctrl+End reach the same commands from the grid.
+    QTest::keyClick(grid(), Qt::Key_Home, Qt::ControlModifier);
+    EXPECT_EQ(hitList->currentItemId(), itemAt(0));
+    QTest::keyClick(grid(), Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(hitList->currentItemId(), itemAt(last));
+    EXPECT_EQ(raised.size(), 4);
+    EXPECT_TRUE(environment.ui().prompts().isEmpty());
+}
+
+TEST_F(HitListTest, EditNeedsExactlyOneDocumentAndTheFormKeysLeaveOrSave) {
+    query();
+    auto* selection = grid()->selectionModel();
+    selection->select(grid()->model()->index(3, 0),
+                      QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    environment.ui().answerMessage(MessageAnswer::Ok);
+    click("Edit");
+    ASSERT_EQ(environment.ui().prompts().size(), 1);
+    const Prompt refused = environment.ui().prompts().first();
+    EXPECT_EQ(refused.text,
+              QStringLiteral("Multiple items selected.\rPlease select one item only."));
+    EXPECT_EQ(refused.title, QStringLiteral("Edit Document"));
+    EXPECT_EQ(refused.style, MessageStyle::OkOnly | MessageStyle::Exclamation);
+    EXPECT_FALSE(button("Edit")->isChecked());
+    EXPECT_TRUE(grid()->isVisible());
+
+    clickRow(2);
+    QTest::keyClick(grid(), Qt::Key_F2);
+    EXPECT_TRUE(button("Edit")->isChecked());
+    auto* form = hitList->findChild<VXDynaForm*>(QStringLiteral("Group"));
+    auto* tabs = hitList->findChild<HitListTabStrip*>(QStringLiteral("TabStrip1"));
+    ASSERT_NE(form, nullptr);
+    EXPECT_FALSE(grid()->isVisible());
+    EXPECT_TRUE(tabs->isVisible());
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_EQ(tabs->selectedKey(), QStringLiteral("Group"));
+    EXPECT_TRUE(button("Save")->isVisible());
+    EXPECT_FALSE(button("Archive")->isVisible());
+    EXPECT_FALSE(button("Delete")->isVisible());
+    EXPECT_EQ(button("Edit")->toolTip(), QStringLiteral("Return to Search Results"));
+
+    // Enter asks before saving; No keeps the form.
+    environment.ui().answerMessage(MessageAnswer::No);
+    short enter = 13;
+    short shift = 0;
+    emit form->KeyDown(enter, shift);
+    ASSERT_EQ(environment.ui().prompts().size(), 2);
+    EXPECT_EQ(environment.ui().prompts().last().text,
+              QStringLiteral("Save Changes to the Record?"));
+    EXPECT_EQ(environment.ui().prompts().last().title, QStringLiteral("Confirm Commit"));
+    EXPECT_EQ(environment.ui().prompts().last().style, MessageStyle::YesNo);
+    EXPECT_TRUE(button("Edit")->isChecked());
+
+    short escape = 27;
+    emit form->KeyDown(escape, shift);
+    EXPECT_FALSE(button("Edit")->isChecked());
+    EXPECT_TRUE(grid()->isVisible());
+    EXPECT_FALSE(tabs->isVisible());
+    EXPECT_FALSE(button("Save")->isVisible());
+    EXPECT_TRUE(button("Archive")->isVisible());
+    EXPECT_EQ(button("Edit")->toolTip(), QStringLiteral("Display Form for Editing"));
+}
+
+TEST_F(HitListTest, PermissionsOnlyEnableAndEditNeedsMask8) {
+    VXHitList fresh;
+    auto* freshToolbar = fresh.findChild<QToolBar*>(QStringLiteral("tbToolbar1"));
+    auto state = [&](const char* key) {
+        return freshToolbar->findChild<QAction*>(QString::fromLatin1(key))->isEnabled();
+    };
+    for (const char* key : {"Move", "Edit", "Export", "Veltrane", "Delete", "Update", "Archive"})
+        EXPECT_FALSE(state(key)) << key;
+    for (const char* key : {"First", "Print", "SaveQuery", "Properties"})
+        EXPECT_TRUE(state(key)) << key;
+
+    fresh.setUserPermission(32 | 64 | 128);
+    for (const char* key : {"Move", "Export", "Veltrane", "Delete"})
+        EXPECT_TRUE(state(key)) << key;
+    for (const char* key : {"Edit", "Update", "Archive"})
+        EXPECT_FALSE(state(key)) << key;
+    fresh.setUserPermission(0);
+    EXPECT_TRUE(state("Move")) << "permissions never disable";
+    fresh.setUserPermission(8);
+    for (const char* key : {"Edit", "Update"})
+        EXPECT_TRUE(state(key)) << key;
+    EXPECT_TRUE(button("Archive")->isEnabled()) << "mask 8 enables Archive once Init shows it";
+
+    // The keys are the Edit button: without mask 8 they do nothing.
+    VXHitList limited;
+    limited.setGroupName(SampleRepository::GroupName);
+    limited.setUserPermission(32 | 64 | 128);
+    limited.setGroupInitString(sample.formDefinitionPath());
+    limited.setInit(sample.initFilePath());
+    limited.setDoQuery(sampleResultQuery());
+    auto* limitedGrid = limited.findChild<ResultsGrid*>(QStringLiteral("HitList"));
+    QTest::keyClick(limitedGrid, Qt::Key_F2);
+    QTest::keyClick(limitedGrid, Qt::Key_E, Qt::ControlModifier);
+    EXPECT_FALSE(limited.findChild<QAction*>(QStringLiteral("Edit"))->isChecked());
+    auto* archive = limited.findChild<QAction*>(QStringLiteral("Archive"));
+    EXPECT_TRUE(archive->isVisible());
+    EXPECT_FALSE(archive->isEnabled());
+    EXPECT_FALSE(limited.findChild<HitListTabStrip*>(QStringLiteral("TabStrip1"))->isVisible());
+    limited.Done();
+}
+
+TEST_F(HitListTest, VersionsViewShowsEarlierVersionsAndAlwaysSortsByItemId) {
+    query();
+    // Item 1 has no earlier versions: the results view stays.
+    clickRow(rowOfItem(1));
+    click("Archive");
+    EXPECT_FALSE(button("Archive")->isChecked());
+    EXPECT_GE(columnOf(QStringLiteral("Customer")), 0);
+
+    QList<QStringList> located;
+    QObject::connect(hitList.get(), &VXHitList::LocateRevisionDoc, hitList.get(),
+                     [&](QString& file, QString& volume, QString& version, QString& item) {
+                         located << QStringList{file, volume, version, item};
+                     });
+    clickRow(rowOfItem(13));
+    const int events = int(raised.size());
+    click("Archive");
+    ASSERT_TRUE(button("Archive")->isChecked());
+    EXPECT_EQ(grid()->model()->rowCount(), 2);
+    EXPECT_GE(columnOf(QStringLiteral("Volume Name")), 0);
+    EXPECT_FALSE(button("Edit")->isVisible());
+    EXPECT_FALSE(button("Print")->isVisible());
+    EXPECT_EQ(button("Archive")->toolTip(), QStringLiteral("Return to Search Results"));
+
+    click("Next");
+    ASSERT_EQ(located.size(), 1);
+    EXPECT_EQ(located.first().at(2), QStringLiteral("2"));
+    EXPECT_EQ(located.first().at(3), QStringLiteral("13"));
+    EXPECT_EQ(raised.size(), events) << "moving among versions is not a new current document";
+
+    // No menu in this view, and both directions sort by item id.
+    auto* menu = hitList->findChild<QMenu*>(QStringLiteral("mnuOption"));
+    emit grid()->horizontalHeader()->sectionClicked(columnOf(QStringLiteral("Version")));
+    EXPECT_FALSE(menu->isVisible());
+    menu->actions().at(1)->trigger();
+    EXPECT_EQ(grid()->boundRecordset().sort(), QStringLiteral("[Item ID] ASC"));
+    menu->actions().at(0)->trigger();
+    EXPECT_EQ(grid()->boundRecordset().sort(), QStringLiteral("[Item ID] ASC"));
+
+    // A new query returns to the results first.
+    query();
+    EXPECT_FALSE(button("Archive")->isChecked());
+    EXPECT_EQ(button("Archive")->toolTip(), QStringLiteral("View Previous Document Versions"));
+    EXPECT_GE(columnOf(QStringLiteral("Customer")), 0);
+    EXPECT_TRUE(button("Print")->isVisible());
+    EXPECT_TRUE(environment.ui().prompts().isEmpty());
+}
+
+TEST_F(HitListTest, SaveRequeriesAndKeepsTheSameDocumentCurrent) {
+    query();
+    const int row = 6;
+    const qint32 item = itemAt(row);
+    clickRow(row);
+    click("Edit");
+    ASSERT_TRUE(button("Save")->isVisible());
+
+    // Another user marks two earlier documents deleted meanwhile: the requery drops them.
+    Connection other = openGroupConnection(sample.initFilePath());
+    other.execute(QStringLiteral("UPDATE ktitem SET deleted = -1 WHERE itemid IN (%1, %2)")
+                      .arg(itemAt(0))
+                      .arg(itemAt(1)));
+    other.close();
+    const int rowsBefore = grid()->model()->rowCount();
+    QList<QVariantList> audited;
+    QObject::connect(hitList.get(), &VXHitList::RecordAuditTrail, hitList.get(),
+                     [&](QString& action, QVariantList& ids, QString&) {
+                         if (action == QLatin1String("Editing"))
+                             audited << ids;
+                     });
+    raised.clear();
+    click("Save");
+    EXPECT_EQ(audited, QList<QVariantList>{QVariantList{item}}) << "the record form saved";
+    EXPECT_EQ(grid()->model()->rowCount(), rowsBefore - 2);
+    EXPECT_EQ(hitList->currentItemId(), item);
+    EXPECT_EQ(raised, QList<qint32>{item});
+    EXPECT_EQ(itemAt(grid()->currentIndex().row()), item);
+    EXPECT_EQ(grid()->boundRecordset().value(QStringLiteral("itemid")).toInt(), item);
+}
+
+TEST_F(HitListTest, SavingADocumentThatLeftTheResultReturnsToTheResultsView) {
+    query();
+    const qint32 item = itemAt(4);
+    clickRow(4);
+    click("Edit");
+    Connection other = openGroupConnection(sample.initFilePath());
+    other.execute(QStringLiteral("UPDATE ktitem SET deleted = -1 WHERE itemid = %1").arg(item));
+    other.close();
+    raised.clear();
+    click("Save");
+    EXPECT_EQ(rowOfItem(item), -1);
+    EXPECT_EQ(raised, QList<qint32>{item}) << "the host hears of the remembered document";
+    EXPECT_EQ(hitList->currentItemId(), item);
+    EXPECT_TRUE(grid()->isVisible());
+    EXPECT_FALSE(button("Edit")->isChecked());
+    EXPECT_FALSE(button("Save")->isVisible());
+    EXPECT_TRUE(button("Delete")->isVisible());
+}
+
+TEST_F(HitListTest, SaveQueryAsksForANameAndRaisesTheEventOnlyWithOne) {
+    query(QStringLiteral("Invoices.Paid = -1"));
+    QStringList saved;
+    QObject::connect(hitList.get(), &VXHitList::SaveQuery, hitList.get(),
+                     [&](QString& name, QString& text) { saved << name << text; });
+    environment.ui().cancelInput();
+    click("SaveQuery");
+    environment.ui().answerInput(QString());
+    click("SaveQuery");
+    EXPECT_TRUE(saved.isEmpty());
+    environment.ui().answerInput(QStringLiteral("Paid ones"));
+    click("SaveQuery");
+    EXPECT_EQ(saved, (QStringList{QStringLiteral("Paid ones"),
+                                  sampleResultQuery(QStringLiteral("Invoices.Paid = -1"))}));
+    const Prompt prompt = environment.ui().prompts().last();
+    EXPECT_EQ(prompt.text, QStringLiteral("Please enter a Name to save the result under."));
+    EXPECT_EQ(prompt.title, QStringLiteral("Query Name"));
+    EXPECT_EQ(prompt.defaultText, QStringLiteral("Result"));
+}
+
+TEST_F(HitListTest, TabsShowTheirPagesAndOperationsReachTheHost) {
+    query();
+    clickRow(0);
+    click("Edit");
+    auto* tabs = hitList->findChild<HitListTabStrip*>(QStringLiteral("TabStrip1"));
+    auto* keywords = hitList->findChild<QWidget*>(QStringLiteral("kss3"));
+    auto* form = hitList->findChild<QWidget*>(QStringLiteral("Group"));
+    ASSERT_NE(keywords, nullptr);
+    tabs->select(QStringLiteral("Keywords"));
+    emit tabs->clicked();
+    EXPECT_TRUE(keywords->isVisible());
+    EXPECT_FALSE(form->isVisible());
+    tabs->select(QStringLiteral("Group"));
+    emit tabs->clicked();
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_FALSE(keywords->isVisible());
+    EXPECT_TRUE(keywords->geometry().intersects(tabs->geometry()));
+}
+
+} // namespace
