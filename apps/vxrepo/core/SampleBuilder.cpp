@@ -4,6 +4,7 @@
 #include "core/Repository.h"
 #include "core/RepositorySchema.h"
 #include "core/SampleContent.h"
+#include "core/ViewerFiles.h"
 #include "data/Driver.h"
 #include "data/Error.h"
 #include "session/PrivateProfile.h"
@@ -169,7 +170,8 @@ QStringList samplePaths(const QString& dir) {
             storedPath(dir + u'/' + group + QStringLiteral(".udl")),
             storedPath(dir + QStringLiteral("/config/") + group + QStringLiteral(".xml")),
             storedPath(dir + QStringLiteral("/config/") + group + QStringLiteral(".xqr")),
-            storedPath(dir + QStringLiteral("/documents/") + group)};
+            storedPath(dir + QStringLiteral("/documents/") + group),
+            storedPath(dir + u'/' + ViewerFolderName)};
 }
 
 void removeSample(const QString& dir, bool folderExisted) {
@@ -232,6 +234,7 @@ SampleResult createSample(const QString& dir, const SampleOptions& options) {
         SampleCounts& counts = result.counts;
         const qint32 fileSlots = std::min(options.documents, SampleFilesOnDiskLimit);
         const FileSizes sizes = writeDocumentFiles(group.documentFolder, fileSlots, counts);
+        writeViewerFiles(result.dir);
 
         Connection& connection = repository.connection();
         Driver& driver = connection.driver();
