@@ -1,18 +1,22 @@
-#include "RepositoryBrowser.h"
-
+#include "DemoWindow.h"
+#include "Tour.h"
+#include "TourUiServices.h"
+#include "companions/DefaultCompanions.h"
 #include "core/SampleBuilder.h"
 #include "data/Error.h"
-#include "data/Recordset.h"
-#include "session/GroupConnection.h"
+#include "server/ControlFactory.h"
+#include "session/Settings.h"
+#include "session/UiServices.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QSettings>
 #include <QStandardPaths>
-#include <QTextStream>
-
+#include <QTemporaryDir>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -26,24 +30,62 @@ bool displayAvailable() {
     return platform != u"offscreen" && platform != u"minimal";
 }
 
-void printContents(QTextStream& out, vx::Connection& connection) {
-    vx::Recordset tables = connection.openSchema(vx::SchemaKind::Tables);
-    for (tables.moveFirst(); !tables.eof(); tables.moveNext()) {
-        if (tables.value(QStringLiteral("TABLE_TYPE")).toString() != u"TABLE")
-            continue;
-        const QString name = tables.value(QStringLiteral("TABLE_NAME")).toString();
-        vx::Recordset count;
-        count.open(QStringLiteral("select count(*) as n from [%1]").arg(name), connection);
-        out << QStringLiteral("  %1 %2 rows\n").arg(name, -24).arg(count.value(0).toLongLong());
+bool tourRequested(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--tour") == 0 || std::strncmp(argv[i], "--tour=", 7) == 0)
+            return true;
     }
+    return false;
+}
+
+// The group initialisation file of the repository in dir, creating the sample there first.
+QString repositoryInitFile(const QString& dir) {
+    const QString existing = vx::demo::DemoWindow::initFileIn(dir);
+    if (!existing.isEmpty())
+        return existing;
+    std::printf("Creating the sample repository in %s\n",
+                qPrintable(QDir::toNativeSeparators(dir)));
+    std::fflush(stdout);
+    const auto result = vx::repo::createSample(dir);
+    std::printf("%s\n", qPrintable(vx::repo::sampleSummary(result)));
+    return result.initFilePath;
+}
+
+int runTour(const QString& outputDir, const QString& repositoryOption) {
+    // Everything the tour writes besides its pictures stays in a folder of its own.
+    QTemporaryDir work;
+    if (!work.isValid()) {
+        std::fprintf(stderr, "vxdemo: cannot create a temporary folder for the tour\n");
+        return 1;
+    }
+    qputenv("VXUILIB_SYSTEM_DIR",
+            QDir(work.path()).filePath(QStringLiteral("system")).toLocal8Bit());
+    vx::setSettingsDirectory(QDir(work.path()).filePath(QStringLiteral("settings")));
+    auto* tourUi = new vx::demo::TourUiServices;
+    vx::installUiServices(std::unique_ptr<vx::UiServices>(tourUi));
+
+    const QString repository = repositoryOption.isEmpty()
+                                   ? QDir(work.path()).filePath(QStringLiteral("repository"))
+                                   : repositoryOption;
+    vx::demo::DemoWindow window;
+    if (!window.openGroup(repositoryInitFile(repository)))
+        return 1;
+    vx::demo::Tour tour(window, *tourUi, QDir(outputDir).absolutePath(), work.path());
+    const int saved = tour.run();
+    std::printf("Saved %d screenshots in %s\n", saved,
+                qPrintable(QDir::toNativeSeparators(QDir(outputDir).absolutePath())));
+    for (const QString& failure : tour.failures())
+        std::printf("  not done: %s\n", qPrintable(failure));
+    return saved > 0 && tour.failures().isEmpty() ? 0 : 2;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    // Without a display the window cannot open; say so instead of failing inside Qt.
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-        qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    // The tour needs no display; otherwise, without one, say so instead of failing inside Qt.
+    const bool noDisplay =
+        qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && (noDisplay || tourRequested(argc, argv)))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("vxdemo"));
@@ -54,32 +96,41 @@ int main(int argc, char** argv) {
     parser.addHelpOption();
     QCommandLineOption repositoryOption(
         QStringLiteral("repository"),
-        QStringLiteral("Folder of the sample repository (created on first start)."),
-        QStringLiteral("DIR"), defaultRepositoryDir());
+        QStringLiteral("Folder of the repository (the sample is created there on first start)."),
+        QStringLiteral("DIR"));
+    QCommandLineOption tourOption(
+        QStringLiteral("tour"),
+        QStringLiteral("Run a typical session unattended and save numbered screenshots in DIR."),
+        QStringLiteral("DIR"));
     parser.addOption(repositoryOption);
+    parser.addOption(tourOption);
     parser.process(app);
 
-    QTextStream out(stdout);
-    const QString dir = QDir::cleanPath(parser.value(repositoryOption));
+    vx::registerDefaultCompanions();
+    vx::registerLibraryControls();
     try {
-        const QString initFile = dir + QStringLiteral("/Invoices.ini");
-        if (!QFileInfo::exists(initFile)) {
-            out << "Creating the sample repository in " << dir << "\n";
-            out.flush();
-            const auto result = vx::repo::createSample(dir);
-            out << vx::repo::sampleSummary(result) << "\n";
-        }
-        vx::Connection connection = vx::openGroupConnection(initFile);
-        out << "Sample repository " << dir << "\n";
-        printContents(out, connection);
-        out.flush();
+        const QString repositoryArgument = parser.isSet(repositoryOption)
+                                               ? QDir::cleanPath(parser.value(repositoryOption))
+                                               : QString();
+        if (parser.isSet(tourOption))
+            return runTour(parser.value(tourOption), repositoryArgument);
 
         if (!displayAvailable()) {
-            out << "\nNo display is available, so no window opens. Run it under a desktop "
-                   "session or with xvfb-run.\n";
+            std::printf("No display is available, so the demo window cannot open.\n"
+                        "Run it in a desktop session, under xvfb-run (xvfb-run vxdemo), or run "
+                        "the unattended tour:\n  vxdemo --tour DIR   (saves screenshots in DIR)\n");
             return 0;
         }
-        vx::demo::RepositoryBrowser window(connection, dir);
+        // The last repository the user chose, else the per-user sample.
+        const QString stored = QSettings(QStringLiteral("VXUILib"), QStringLiteral("vxdemo"))
+                                   .value(QStringLiteral("Repository"))
+                                   .toString();
+        const QString dir = !repositoryArgument.isEmpty() ? repositoryArgument
+                            : !stored.isEmpty()           ? stored
+                                                          : defaultRepositoryDir();
+        const QString initFile = repositoryInitFile(dir);
+        vx::demo::DemoWindow window;
+        window.openGroup(initFile);
         window.show();
         return app.exec();
     } catch (const vx::Error& error) {

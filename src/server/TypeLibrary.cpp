@@ -1,5 +1,6 @@
 #include "server/TypeLibrary.h"
 
+#include "data/Error.h"
 #include "server/ControlFactory.h"
 
 #include <QMetaClassInfo>
@@ -52,7 +53,8 @@ QMetaMethod findMethod(const QMetaObject& meta, const QString& name, QMetaMethod
 
 QString typeLibraryText(const QMetaObject& meta) {
     QStringList lines;
-    const QString shortName = QString::fromLatin1(meta.className()).section(QStringLiteral("::"), -1);
+    const QString shortName =
+        QString::fromLatin1(meta.className()).section(QStringLiteral("::"), -1);
     lines << QStringLiteral("%1 (%2)").arg(shortName, classInfo(meta, "ClassName"));
     lines << QStringLiteral("  dispatch interface _%1").arg(shortName);
     for (const QString& member : listInfo(meta, "Interface")) {
@@ -83,6 +85,17 @@ QString typeLibraryText(const QMetaObject& meta) {
                                    : QStringLiteral("    missing %1").arg(event));
     }
     return lines.join(u'\n') + u'\n';
+}
+
+QString typeLibraryText(const QString& className) {
+    const QString fullName =
+        className.contains(u'.') ? className : QStringLiteral("VXUILib.") + className;
+    const QMetaObject* meta = ControlFactory::metaObjectOf(fullName);
+    if (!meta)
+        throw Error(
+            ErrorNumber::NotSupported,
+            QStringLiteral("No control of the class name \"%1\" is registered.").arg(className));
+    return typeLibraryText(*meta);
 }
 
 QString typeLibraryText() {

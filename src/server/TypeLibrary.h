@@ -14,6 +14,9 @@ namespace vx {
 // Properties print with get/put as the property can be read and written (a write-only property
 // has a reader that only exists for the meta-object system and is marked by "WriteOnly").
 QString typeLibraryText(const QMetaObject& control);
+// One registered control by class name, with or without the "VXUILib." prefix; throws vx::Error
+// naming the class when none is registered under it.
+QString typeLibraryText(const QString& className);
 // Every registered control, in class-name order.
 QString typeLibraryText();
 

@@ -1,0 +1,265 @@
+#include "DemoWindow.h"
+
+#include "AuditTrailPanel.h"
+#include "HitListEvents.h"
+#include "IndexPage.h"
+#include "SearchPage.h"
+#include "core/SampleBuilder.h"
+#include "data/Error.h"
+#include "server/LateBinding.h"
+#include "session/PrivateProfile.h"
+#include "session/SystemFolder.h"
+#include "session/UiServices.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QLabel>
+#include <QMenuBar>
+#include <QSettings>
+#include <QStatusBar>
+#include <QSysInfo>
+#include <QTabWidget>
+
+namespace vx::demo {
+
+namespace {
+
+QSettings demoSettings() {
+    return QSettings(QStringLiteral("VXUILib"), QStringLiteral("vxdemo"));
+}
+
+} // namespace
+
+DemoWindow::DemoWindow(QWidget* parent)
+    : QMainWindow(parent) {
+    setObjectName(QStringLiteral("demoWindow"));
+    setWindowTitle(tr("VXUILib Demo"));
+    m_pages = new QTabWidget(this);
+    m_pages->setObjectName(QStringLiteral("pages"));
+    m_indexPage = new IndexPage(m_pages);
+    m_searchPage = new SearchPage(m_pages);
+    m_pages->addTab(m_indexPage, tr("&Index"));
+    m_pages->addTab(m_searchPage, tr("&Search"));
+    setCentralWidget(m_pages);
+
+    m_auditTrail = new AuditTrailPanel(this);
+    auto* dock = new QDockWidget(tr("Audit trail"), this);
+    dock->setObjectName(QStringLiteral("auditTrailDock"));
+    dock->setWidget(m_auditTrail);
+    dock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+    addDockWidget(Qt::BottomDockWidgetArea, dock);
+    resizeDocks({dock}, {110}, Qt::Vertical);
+
+    m_currentItem = new QLabel(this);
+    m_currentItem->setObjectName(QStringLiteral("currentItem"));
+    statusBar()->addPermanentWidget(m_currentItem);
+    buildMenus();
+
+    HitListEvents* events = m_searchPage->hitListEvents();
+    connect(events, &HitListEvents::currentItemChanged, this, &DemoWindow::setCurrentItem);
+    connect(events, &HitListEvents::locateRequested, this, &DemoWindow::answerLocate);
+    connect(events, &HitListEvents::serverNameRequested, this, &DemoWindow::answerServerName);
+    connect(events, &HitListEvents::auditTrail, m_auditTrail,
+            [this](const QString& action, const QList<qint32>& ids, const QString& description) {
+                m_auditTrail->record(action, ids, description);
+            });
+    connect(events, &HitListEvents::documentRequested, this, &DemoWindow::openFile);
+    connect(events, &HitListEvents::revisionRequested, this,
+            [this](const QString& file, const QString& volume, const QString& version,
+                   const QString& itemId) {
+                showStatus(tr("Version %1 of item %2").arg(version, itemId));
+                openFile(file, volume);
+            });
+    connect(m_indexPage, &IndexPage::statusMessage, this, &DemoWindow::showStatus);
+    connect(m_searchPage, &SearchPage::statusMessage, this, &DemoWindow::showStatus);
+    if (!m_searchPage->unconnectedEvents().isEmpty())
+        showStatus(tr("Hit list events not connected: %1")
+                       .arg(m_searchPage->unconnectedEvents().join(QStringLiteral(", "))));
+    watchHandOverFolder();
+    resize(1280, 960);
+}
+
+DemoWindow::~DemoWindow() = default;
+
+bool DemoWindow::openGroup(const QString& initFilePath) {
+    try {
+        GroupSession session = GroupSession::fromInitFile(initFilePath);
+        DocumentLocator locator(session.initFilePath);
+        listInCatalog(session);
+        m_indexPage->openSession(session);
+        m_searchPage->openSession(session);
+        m_session = std::move(session);
+        m_locator = std::move(locator);
+    } catch (const Error& error) {
+        ui().messageBox(error.description(), MessageStyle::OkOnly | MessageStyle::Critical,
+                        tr("Open group"));
+        return false;
+    }
+    m_auditTrail->setLogFile(
+        QDir(m_session.repositoryDir).filePath(QStringLiteral("audit-trail.log")));
+    setWindowTitle(tr("VXUILib Demo - %1 (%2) - %3")
+                       .arg(m_session.groupName, m_session.libraryName, m_session.userName));
+    setCurrentItem(0);
+    showStatus(tr("Opened %1").arg(QDir::toNativeSeparators(m_session.initFilePath)));
+    return true;
+}
+
+void DemoWindow::listInCatalog(const GroupSession& session) {
+    // The indexing API finds a group through the library catalog; list the opened one there.
+    const QString catalog = libraryCatalogPath();
+    if (readPrivateProfileString(catalog, session.libraryName, session.groupName, QString()) ==
+        session.initFilePath)
+        return;
+    QDir().mkpath(QFileInfo(catalog).absolutePath());
+    writePrivateProfileString(catalog, session.libraryName, session.groupName,
+                              session.initFilePath);
+}
+
+QString DemoWindow::locateDocument(qint32 itemId, const QString& storedName) const {
+    return m_locator ? m_locator->locateItem(itemId, storedName) : DocumentLocator::NotFound;
+}
+
+QString DemoWindow::initFileIn(const QString& folder) {
+    const QFileInfoList found =
+        QDir(folder).entryInfoList({QStringLiteral("*.ini")}, QDir::Files, QDir::Name);
+    return found.isEmpty() ? QString() : found.first().absoluteFilePath();
+}
+
+void DemoWindow::buildMenus() {
+    const auto addItem = [this](QMenu* menu, const QString& text, auto slot) {
+        auto* action = new QAction(text, menu);
+        connect(action, &QAction::triggered, this, slot);
+        menu->addAction(action);
+        return action;
+    };
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    addItem(file, tr("Repository &Location..."), &DemoWindow::chooseRepositoryLocation);
+    addItem(file, tr("Open &Group Init File..."), &DemoWindow::chooseGroupInitFile);
+    file->addSeparator();
+    addItem(file, tr("&Quit"), &QWidget::close)->setShortcut(QKeySequence::Quit);
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    addItem(help, tr("&About"), &DemoWindow::showAbout);
+}
+
+void DemoWindow::chooseRepositoryLocation() {
+    const QString folder =
+        QFileDialog::getExistingDirectory(this, tr("Repository location"), m_session.repositoryDir);
+    if (folder.isEmpty())
+        return;
+    QString initFile = initFileIn(folder);
+    if (initFile.isEmpty()) {
+        const auto answer = ui().messageBox(
+            tr("%1 holds no repository. Create the sample repository there?")
+                .arg(QDir::toNativeSeparators(folder)),
+            MessageStyle::YesNo | MessageStyle::Question, tr("Repository location"));
+        if (answer != MessageAnswer::Yes)
+            return;
+        try {
+            BusyCursor busy;
+            initFile = repo::createSample(folder).initFilePath;
+        } catch (const Error& error) {
+            ui().messageBox(error.description(), MessageStyle::OkOnly | MessageStyle::Critical,
+                            tr("Repository location"));
+            return;
+        }
+    }
+    if (openGroup(initFile))
+        demoSettings().setValue(QStringLiteral("Repository"), QFileInfo(initFile).absolutePath());
+}
+
+void DemoWindow::chooseGroupInitFile() {
+    const QString initFile =
+        QFileDialog::getOpenFileName(this, tr("Group initialisation file"), m_session.repositoryDir,
+                                     tr("Group initialisation files (*.ini);;All files (*)"));
+    if (!initFile.isEmpty())
+        openGroup(initFile);
+}
+
+void DemoWindow::showAbout() {
+    ui().messageBox(
+        tr("VXUILib Demo\n\nA sample host of the VXUILib document-management controls: index "
+           "documents, search them, work on the results and keep favourites.\n\nRepository: "
+           "%1\nGroup: %2, user %3")
+            .arg(QDir::toNativeSeparators(m_session.repositoryDir), m_session.groupName,
+                 m_session.userName),
+        MessageStyle::OkOnly | MessageStyle::Information, tr("About VXUILib Demo"));
+}
+
+void DemoWindow::answerLocate(qint32 itemId, const QString& file, const QString& volume,
+                              bool toMove) {
+    Q_UNUSED(volume)
+    Q_UNUSED(toMove)
+    // The answer is read by the hit list as soon as this handler returns.
+    const QString path = locateDocument(itemId, file);
+    try {
+        writeMember(m_searchPage->hitListControl(), "DocumentToMove", path);
+    } catch (const Error& error) {
+        showStatus(error.description());
+    }
+}
+
+void DemoWindow::answerServerName() {
+    QSettings settings = demoSettings();
+    const QString serverName =
+        settings.value(QStringLiteral("ServerName"), QSysInfo::machineHostName()).toString();
+    const bool isServer = settings.value(QStringLiteral("IsServer"), true).toBool();
+    try {
+        writeMember(m_searchPage->hitListControl(), "ServerName", serverName);
+        writeMember(m_searchPage->hitListControl(), "IsServer", isServer);
+    } catch (const Error& error) {
+        showStatus(error.description());
+    }
+}
+
+void DemoWindow::openFile(const QString& file, const QString& volume) {
+    Q_UNUSED(volume)
+    const QString path = locateDocument(0, file);
+    if (path == DocumentLocator::NotFound) {
+        showStatus(tr("The file %1 is in none of the repository's document folders.").arg(file));
+        return;
+    }
+    m_openedFiles << path;
+    if (!ui().shellExecute(QStringLiteral("open"), path))
+        showStatus(tr("No program opens %1.").arg(QDir::toNativeSeparators(path)));
+}
+
+void DemoWindow::setCurrentItem(qint32 itemId) {
+    m_currentItemId = itemId;
+    m_currentItem->setText(itemId ? tr("Current item: %1").arg(itemId) : tr("No current item"));
+}
+
+void DemoWindow::watchHandOverFolder() {
+    // Another program of the system leaves "~znindex" and "~znfind" here.
+    const QString folder = handOverFolder();
+    QDir().mkpath(folder);
+    m_handOverWatcher = new QFileSystemWatcher(this);
+    m_handOverWatcher->addPath(folder);
+    connect(m_handOverWatcher, &QFileSystemWatcher::directoryChanged, this,
+            &DemoWindow::applyHandOvers);
+    connect(qApp, &QApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state == Qt::ApplicationActive)
+            applyHandOvers();
+    });
+}
+
+void DemoWindow::applyHandOvers() {
+    if (QFileInfo::exists(handOverFilePath(QStringLiteral("~znindex")))) {
+        m_pages->setCurrentWidget(m_indexPage);
+        m_indexPage->applyHandOver();
+    }
+    if (QFileInfo::exists(handOverFilePath(QStringLiteral("~znfind")))) {
+        m_pages->setCurrentWidget(m_searchPage);
+        m_searchPage->applyHandOver();
+    }
+}
+
+void DemoWindow::showStatus(const QString& text) {
+    statusBar()->showMessage(text, 10000);
+}
+
+} // namespace vx::demo
