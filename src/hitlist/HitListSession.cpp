@@ -4,11 +4,11 @@
 #include "data/model/RecordsetModel.h"
 #include "hitlist/FindReplacePanel.h"
 #include "hitlist/HitListCommands.h"
-#include "hitlist/HitListTabStrip.h"
 #include "hitlist/HitListToolbar.h"
 #include "hitlist/RecordForm.h"
 #include "hitlist/ResultsGrid.h"
 #include "hitlist/VXHitList.h"
+#include "session/KeyedTabStrip.h"
 
 namespace vx {
 

@@ -18,7 +18,7 @@ namespace vx {
 
 class FindReplacePanel;
 class HitListCommands;
-class HitListTabStrip;
+class KeyedTabStrip;
 class HitListToolbar;
 class RecordForm;
 class ResultsGrid;
@@ -30,7 +30,7 @@ struct HitListParts {
     ResultsGrid* grid = nullptr;
     QTableView* oldGrid = nullptr;
     HitListToolbar* toolbar = nullptr;
-    HitListTabStrip* tabStrip = nullptr;
+    KeyedTabStrip* tabStrip = nullptr;
     QMenu* optionMenu = nullptr;
     FindReplacePanel* findReplace = nullptr;
     QPointer<VXDynaForm> form;

@@ -10,6 +10,7 @@
 #include "session/LibraryState.h"
 #include "session/Schema.h"
 #include "session/UiServices.h"
+#include "session/UserDirectory.h"
 #include "session/companions/CompanionRegistry.h"
 #include "session/companions/VXDynaForm.h"
 #include "session/companions/VXSecurity.h"
@@ -379,19 +380,7 @@ QString RecordForm::GetUserName(qint16 userId) {
 }
 
 qint32 RecordForm::GetUserId(const QString& userName) {
-    try {
-        Recordset rows = openWorkRows(QStringLiteral("select * from KTUsers where username = '") +
-                                          userName + u'\'',
-                                      d->hitList.connection());
-        rows.moveFirst();
-        const qint32 id = toInt32(rows.value(QStringLiteral("UserID")));
-        rows.close();
-        return id;
-    } catch (const std::exception&) {
-        ui().messageBox(QStringLiteral("Error retrieveing UserID for UserName: ") + userName,
-                        MessageStyle::OkOnly, QString());
-    }
-    return 0;
+    return userIdForName(d->hitList.connection(), userName);
 }
 
 } // namespace vx

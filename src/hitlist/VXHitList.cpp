@@ -4,7 +4,6 @@
 #include "hitlist/FindReplacePanel.h"
 #include "hitlist/HitListCommands.h"
 #include "hitlist/HitListSession.h"
-#include "hitlist/HitListTabStrip.h"
 #include "hitlist/HitListToolbar.h"
 #include "hitlist/RecordForm.h"
 #include "hitlist/ResultsGrid.h"
@@ -14,6 +13,7 @@
 #include "server/LateBinding.h"
 #include "session/FormDefinition.h"
 #include "session/GroupConnection.h"
+#include "session/KeyedTabStrip.h"
 #include "session/LibraryState.h"
 #include "session/Settings.h"
 #include "session/UiServices.h"
@@ -82,7 +82,8 @@ VXHitList::VXHitList(QWidget* parent)
     parts.oldGrid->setObjectName(QStringLiteral("HitList_old"));
     parts.oldGrid->hide();
     parts.grid = new ResultsGrid(this);
-    parts.tabStrip = new HitListTabStrip(this);
+    parts.tabStrip = new KeyedTabStrip(this);
+    parts.tabStrip->setObjectName(QStringLiteral("TabStrip1"));
     parts.tabStrip->addTab(GroupTab, GroupTab);
     parts.tabStrip->addTab(QStringLiteral("Keywords"), QStringLiteral("Keywords"));
     parts.tabStrip->hide();
@@ -131,7 +132,7 @@ VXHitList::VXHitList(QWidget* parent)
     connect(parts.grid, &ResultsGrid::headClick, this,
             [this](int column) { d->commands->headClick(column); });
     connect(parts.grid, &ResultsGrid::dblClick, this, [this] { d->commands->dblClick(); });
-    connect(parts.tabStrip, &HitListTabStrip::clicked, this, [this] { d->commands->switchTab(); });
+    connect(parts.tabStrip, &KeyedTabStrip::clicked, this, [this] { d->commands->switchTab(); });
     watchKeys(this);
     layoutControl();
 }

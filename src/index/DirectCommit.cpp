@@ -5,6 +5,7 @@
 #include "index/IndexFormReader.h"
 #include "session/Conversions.h"
 #include "session/UiServices.h"
+#include "session/UserDirectory.h"
 #include "session/companions/VXDynaForm.h"
 
 #include <QDateTime>
@@ -127,24 +128,7 @@ void DirectCommit::writeKeywordRows() {
 }
 
 qint32 DirectCommit::userId(const Connection& connection, const QString& userName) {
-    try {
-        Recordset users;
-        users.open(QStringLiteral("select * from KTUsers where username = '") + userName +
-                       QLatin1Char('\''),
-                   connection, CursorType::Keyset, LockType::Optimistic, CommandType::Text);
-        if (users.eof())
-            throw Error(ErrorNumber::NoCurrentRecord,
-                        QStringLiteral("Either BOF or EOF is True, or the current record has "
-                                       "been deleted."));
-        users.moveFirst();
-        const qint32 id = toInt32(users.value(QStringLiteral("UserID")));
-        users.close();
-        return id;
-    } catch (const std::exception&) {
-        ui().messageBox(QStringLiteral("Error retrieveing UserID for UserName: ") + userName,
-                        MessageStyle::OkOnly, QString());
-    }
-    return 0;
+    return userIdForName(connection, userName);
 }
 
 } // namespace vx

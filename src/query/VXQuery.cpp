@@ -3,11 +3,11 @@
 #include "data/Error.h"
 #include "query/QueryComposer.h"
 #include "query/QueryHandOver.h"
-#include "query/QueryTabStrip.h"
 #include "server/ControlFactory.h"
 #include "server/LateBinding.h"
 #include "session/FormDefinition.h"
 #include "session/HandOverFile.h"
+#include "session/KeyedTabStrip.h"
 #include "session/LibraryState.h"
 #include "session/SystemFolder.h"
 #include "session/UiServices.h"
@@ -39,7 +39,7 @@ struct VXQuery::Private {
     // Held until the next search replaces it, as hosts may keep asking it.
     std::unique_ptr<VXSQLQuery> queryParser;
 
-    query::QueryTabStrip* tabStrip = nullptr; // children, owned by Qt
+    KeyedTabStrip* tabStrip = nullptr; // children, owned by Qt
     QPointer<VXDynaForm> form;
     QPointer<QWidget> keywords;
 
@@ -72,11 +72,11 @@ VXQuery::VXQuery(QWidget* parent)
     : QWidget(parent)
     , d(std::make_unique<Private>()) {
     setFocusPolicy(Qt::TabFocus);
-    d->tabStrip = new query::QueryTabStrip(this);
+    d->tabStrip = new KeyedTabStrip(this);
     d->tabStrip->setObjectName(QStringLiteral("TabStrip1"));
     d->tabStrip->addTab(GroupTab, QString());
     d->tabStrip->addTab(KeywordsTab, QStringLiteral("Keywords"));
-    connect(d->tabStrip, &query::QueryTabStrip::clicked, this, &VXQuery::switchTab);
+    connect(d->tabStrip, &KeyedTabStrip::clicked, this, &VXQuery::switchTab);
 
     try {
         d->form = createDynaForm(this);

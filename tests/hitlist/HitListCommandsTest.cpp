@@ -1,7 +1,7 @@
 #include "HitListFixture.h"
 #include "data/Connection.h"
-#include "hitlist/HitListTabStrip.h"
 #include "session/GroupConnection.h"
+#include "session/KeyedTabStrip.h"
 #include "session/companions/VXDynaForm.h"
 
 #include <QHeaderView>
@@ -61,7 +61,7 @@ TEST_F(HitListTest, EditNeedsExactlyOneDocumentAndTheFormKeysLeaveOrSave) {
     QTest::keyClick(grid(), Qt::Key_F2);
     EXPECT_TRUE(button("Edit")->isChecked());
     auto* form = hitList->findChild<VXDynaForm*>(QStringLiteral("Group"));
-    auto* tabs = hitList->findChild<HitListTabStrip*>(QStringLiteral("TabStrip1"));
+    auto* tabs = hitList->findChild<KeyedTabStrip*>(QStringLiteral("TabStrip1"));
     ASSERT_NE(form, nullptr);
     EXPECT_FALSE(grid()->isVisible());
     EXPECT_TRUE(tabs->isVisible());
@@ -131,7 +131,7 @@ TEST_F(HitListTest, PermissionsOnlyEnableAndEditNeedsMask8) {
     auto* archive = limited.findChild<QAction*>(QStringLiteral("Archive"));
     EXPECT_TRUE(archive->isVisible());
     EXPECT_FALSE(archive->isEnabled());
-    EXPECT_FALSE(limited.findChild<HitListTabStrip*>(QStringLiteral("TabStrip1"))->isVisible());
+    EXPECT_FALSE(limited.findChild<KeyedTabStrip*>(QStringLiteral("TabStrip1"))->isVisible());
     limited.Done();
 }
 
@@ -256,7 +256,7 @@ TEST_F(HitListTest, TabsShowTheirPagesAndOperationsReachTheHost) {
     query();
     clickRow(0);
     click("Edit");
-    auto* tabs = hitList->findChild<HitListTabStrip*>(QStringLiteral("TabStrip1"));
+    auto* tabs = hitList->findChild<KeyedTabStrip*>(QStringLiteral("TabStrip1"));
     auto* keywords = hitList->findChild<QWidget*>(QStringLiteral("kss3"));
     auto* form = hitList->findChild<QWidget*>(QStringLiteral("Group"));
     ASSERT_NE(keywords, nullptr);

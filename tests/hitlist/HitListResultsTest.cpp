@@ -1,8 +1,8 @@
 #include "HitListFixture.h"
 #include "data/model/RecordsetModel.h"
-#include "hitlist/HitListTabStrip.h"
 #include "server/ControlFactory.h"
 #include "server/TypeLibrary.h"
+#include "session/KeyedTabStrip.h"
 #include "session/LibraryState.h"
 #include "session/Settings.h"
 
@@ -152,7 +152,7 @@ TEST_F(HitListTest, InitAddsTheSecurityTabOnceAndFindsTheVersionsTable) {
     library().securityTablePresent = true;
     hitList->setInit(sample.initFilePath());
     hitList->setInit(sample.initFilePath());
-    auto* tabs = hitList->findChild<HitListTabStrip*>(QStringLiteral("TabStrip1"));
+    auto* tabs = hitList->findChild<KeyedTabStrip*>(QStringLiteral("TabStrip1"));
     ASSERT_NE(tabs, nullptr);
     EXPECT_EQ(tabs->count(), 3);
     EXPECT_TRUE(tabs->hasTab(QStringLiteral("Document Security")));

@@ -1,15 +1,15 @@
-#include "query/QueryTabStrip.h"
+#include "session/KeyedTabStrip.h"
 
 #include <QFrame>
 #include <QTabBar>
 
-namespace vx::query {
+namespace vx {
 
 namespace {
 constexpr int ClientMargin = 4;
 }
 
-QueryTabStrip::QueryTabStrip(QWidget* parent)
+KeyedTabStrip::KeyedTabStrip(QWidget* parent)
     : QWidget(parent)
     , m_tabs(new QTabBar(this))
     , m_frame(new QFrame(this)) {
@@ -26,14 +26,22 @@ QueryTabStrip::QueryTabStrip(QWidget* parent)
     });
 }
 
-QueryTabStrip::~QueryTabStrip() = default;
+KeyedTabStrip::~KeyedTabStrip() = default;
 
-void QueryTabStrip::addTab(const QString& key, const QString& caption) {
+void KeyedTabStrip::addTab(const QString& key, const QString& caption) {
     const int index = m_tabs->addTab(caption);
     m_tabs->setTabData(index, key);
 }
 
-int QueryTabStrip::indexOf(const QString& key) const {
+bool KeyedTabStrip::hasTab(const QString& key) const {
+    return indexOf(key) >= 0;
+}
+
+int KeyedTabStrip::count() const {
+    return m_tabs->count();
+}
+
+int KeyedTabStrip::indexOf(const QString& key) const {
     for (int i = 0; i < m_tabs->count(); ++i) {
         if (m_tabs->tabData(i).toString() == key)
             return i;
@@ -41,34 +49,34 @@ int QueryTabStrip::indexOf(const QString& key) const {
     return -1;
 }
 
-QString QueryTabStrip::caption(const QString& key) const {
+QString KeyedTabStrip::caption(const QString& key) const {
     const int index = indexOf(key);
     return index < 0 ? QString() : m_tabs->tabText(index);
 }
 
-void QueryTabStrip::setCaption(const QString& key, const QString& caption) {
+void KeyedTabStrip::setCaption(const QString& key, const QString& caption) {
     const int index = indexOf(key);
     if (index >= 0)
         m_tabs->setTabText(index, caption);
 }
 
-QString QueryTabStrip::selectedKey() const {
+QString KeyedTabStrip::selectedKey() const {
     return m_tabs->tabData(m_tabs->currentIndex()).toString();
 }
 
-void QueryTabStrip::select(const QString& key) {
+void KeyedTabStrip::select(const QString& key) {
     const int index = indexOf(key);
     if (index >= 0)
         m_tabs->setCurrentIndex(index);
 }
 
-QRect QueryTabStrip::frameArea() const {
+QRect KeyedTabStrip::frameArea() const {
     // The frame tucks under the tabs' lower edge so the selected tab joins it.
     const int barHeight = m_tabs->sizeHint().height();
     return {0, barHeight - 1, width(), qMax(0, height() - barHeight + 1)};
 }
 
-QRect QueryTabStrip::clientArea() const {
+QRect KeyedTabStrip::clientArea() const {
     // Worked out from the size rather than the frame's geometry: a hidden strip gets its resize
     // event only when shown, and the owner places the pages before that.
     const QRect inside =
@@ -76,15 +84,15 @@ QRect QueryTabStrip::clientArea() const {
     return inside.translated(pos());
 }
 
-QSize QueryTabStrip::sizeHint() const {
+QSize KeyedTabStrip::sizeHint() const {
     const QSize bar = m_tabs->sizeHint();
     return {qMax(bar.width(), 320), bar.height() + 240};
 }
 
-void QueryTabStrip::resizeEvent(QResizeEvent* event) {
+void KeyedTabStrip::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     m_tabs->setGeometry(0, 0, width(), m_tabs->sizeHint().height());
     m_frame->setGeometry(frameArea());
 }
 
-} // namespace vx::query
+} // namespace vx

@@ -9,14 +9,15 @@ class QTabBar;
 
 namespace vx {
 
-// The hit list's tab strip ("TabStrip1"): tabs identified by key over a framed client area. The
-// pages (record form and pickers) are the control's children placed on clientArea().
-class HitListTabStrip : public QWidget {
+// A control's tab strip ("TabStrip1" of the query control and the hit list): tabs identified by
+// key with a framed client area below them. The pages are not its children: the owner places
+// them on clientArea() and shows one.
+class KeyedTabStrip : public QWidget {
     Q_OBJECT
 
 public:
-    explicit HitListTabStrip(QWidget* parent = nullptr);
-    ~HitListTabStrip() override;
+    explicit KeyedTabStrip(QWidget* parent = nullptr);
+    ~KeyedTabStrip() override;
 
     void addTab(const QString& key, const QString& caption);
     bool hasTab(const QString& key) const;
@@ -25,8 +26,11 @@ public:
     void setCaption(const QString& key, const QString& caption);
     QString selectedKey() const;
     void select(const QString& key);
+
     // The area inside the frame below the tabs, in the parent's coordinates.
     QRect clientArea() const;
+
+    QSize sizeHint() const override;
 
 signals:
     // A tab was clicked (also when it was already selected).
@@ -37,9 +41,10 @@ protected:
 
 private:
     int indexOf(const QString& key) const;
+    QRect frameArea() const;
 
-    QTabBar* const m_tabs;
-    QFrame* const m_frame;
+    QTabBar* const m_tabs; // child, owned by Qt
+    QFrame* const m_frame; // child, owned by Qt
 };
 
 } // namespace vx
