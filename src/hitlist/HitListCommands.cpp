@@ -286,8 +286,8 @@ void HitListCommands::sortByColumn(const QString& direction) {
                 m_session.result.setSort(QLatin1Char('[') + caption + QLatin1String("] ") +
                                          direction);
                 const QString section = m_session.settingsSection();
-                saveSetting(section, QStringLiteral("VXSortOrder"), caption);
-                saveSetting(section, QStringLiteral("VXSortBy"), direction);
+                saveSettings(section, {{QStringLiteral("VXSortOrder"), caption},
+                                       {QStringLiteral("VXSortBy"), direction}});
             }
         } else {
             m_session.versions.setSort(QStringLiteral("[Item ID] ASC"));

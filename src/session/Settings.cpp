@@ -133,15 +133,28 @@ QString getSetting(const QString& section, const QString& key, const QString& de
 }
 
 void saveSetting(const QString& section, const QString& key, const QString& value) {
+    saveSettings(section, {{key, value}});
+}
+
+void saveSettings(const QString& section, const QList<QPair<QString, QString>>& values) {
     requireName(section);
-    requireName(key);
+    for (const auto& [key, value] : values)
+        requireName(key);
     auto store = openStore();
     QString group = findSection(*store, section);
     store->beginGroup(group.isEmpty() ? encodeName(section) : group);
-    const QString stored = findKey(*store, key);
-    store->setValue(stored.isEmpty() ? encodeName(key) : stored, value);
+    bool changed = false;
+    for (const auto& [key, value] : values) {
+        const QString stored = findKey(*store, key);
+        // Rewriting the whole store for a value it already holds is the expensive part.
+        if (!stored.isEmpty() && store->value(stored).toString() == value)
+            continue;
+        store->setValue(stored.isEmpty() ? encodeName(key) : stored, value);
+        changed = true;
+    }
     store->endGroup();
-    flush(*store);
+    if (changed)
+        flush(*store);
 }
 
 void deleteSetting(const QString& section) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QList>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 
@@ -9,6 +11,8 @@ namespace vx {
 // to case and may hold any characters (blanks, "@", digits-only names, slashes).
 QString getSetting(const QString& section, const QString& key, const QString& defaultValue = {});
 void saveSetting(const QString& section, const QString& key, const QString& value);
+// Several values of one section in one write; values already stored as given cost no write.
+void saveSettings(const QString& section, const QList<QPair<QString, QString>>& values);
 // Deletes a whole section.
 void deleteSetting(const QString& section);
 void deleteSetting(const QString& section, const QString& key);
