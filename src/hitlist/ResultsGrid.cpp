@@ -75,12 +75,14 @@ void ResultsGrid::applyColumnWidths(const QString& section, const QString& suffi
     m_widthSuffix = suffix;
     const Recordset recordset = m_model->recordset();
     m_applyingWidths = true;
+    // One read of the section rather than one per column: each read parses the whole store.
+    const QHash<QString, QString> stored = getSectionSettings(section);
     for (int column = 0; column < m_model->columnCount(); ++column) {
         // A bad stored value must not stop the other columns.
         try {
             const QString key = recordset.columnInfo(column).name + suffix;
             bool ok = false;
-            double units = getSetting(section, key, QString::number(DefaultWidth)).toDouble(&ok);
+            double units = stored.value(key.toLower(), QString::number(DefaultWidth)).toDouble(&ok);
             if (!ok || units < 0)
                 units = DefaultWidth;
             setColumnWidth(column, unitsToPixels(units));

@@ -132,6 +132,20 @@ QString getSetting(const QString& section, const QString& key, const QString& de
     return store->value(stored).toString();
 }
 
+QHash<QString, QString> getSectionSettings(const QString& section) {
+    QHash<QString, QString> values;
+    if (section.isEmpty())
+        return values;
+    auto store = openStore();
+    const QString group = findSection(*store, section);
+    if (group.isEmpty())
+        return values;
+    store->beginGroup(group);
+    for (const QString& key : store->childKeys())
+        values.insert(decodeName(key).toLower(), store->value(key).toString());
+    return values;
+}
+
 void saveSetting(const QString& section, const QString& key, const QString& value) {
     saveSettings(section, {{key, value}});
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -10,6 +11,8 @@ namespace vx {
 // Per-user settings under the application title "VXUILib". Sections and keys match without regard
 // to case and may hold any characters (blanks, "@", digits-only names, slashes).
 QString getSetting(const QString& section, const QString& key, const QString& defaultValue = {});
+// Every value of a section in one read, by key in lower case (keys match without regard to case).
+QHash<QString, QString> getSectionSettings(const QString& section);
 void saveSetting(const QString& section, const QString& key, const QString& value);
 // Several values of one section in one write; values already stored as given cost no write.
 void saveSettings(const QString& section, const QList<QPair<QString, QString>>& values);

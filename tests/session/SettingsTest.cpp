@@ -23,6 +23,31 @@ TEST(Settings, DefaultsAndCaseInsensitiveNames) {
     EXPECT_EQ(QDir(env.settingsFolder()).entryList({"*.ini"}), QStringList{"VXUILib.ini"});
 }
 
+// A sort writes two values at once, and reading widths takes the whole section in one go; a
+// write that changes nothing must not rewrite the store (a comment added by hand survives).
+TEST(Settings, SectionsAreReadAndWrittenWhole) {
+    test::TestEnvironment env;
+    saveSettings("Invoices", {{"VXSortOrder", "Customer"}, {"VXSortBy", "DESC"}});
+    saveSetting("INVOICES", "Amount", "1500");
+    const QHash<QString, QString> section = getSectionSettings("invoices");
+    EXPECT_EQ(section.size(), 3);
+    EXPECT_EQ(section.value("vxsortorder"), "Customer");
+    EXPECT_EQ(section.value("amount"), "1500");
+    EXPECT_TRUE(getSectionSettings("Other").isEmpty());
+
+    QFile store(QDir(env.settingsFolder()).filePath("VXUILib.ini"));
+    ASSERT_TRUE(store.open(QIODevice::Append));
+    store.write("; kept\n");
+    store.close();
+    saveSettings("Invoices", {{"vxsortorder", "Customer"}, {"VXSortBy", "DESC"}});
+    ASSERT_TRUE(store.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(store.readAll().contains("; kept")) << "an unchanged value rewrote the store";
+    store.close();
+    saveSettings("Invoices", {{"VXSortBy", "ASC"}});
+    EXPECT_EQ(getSetting("Invoices", "VXSortBy"), "ASC");
+    EXPECT_THROW(saveSettings("Invoices", {{"", "x"}}), Error);
+}
+
 TEST(Settings, AnyNameAndValueRoundTrips) {
     test::TestEnvironment env;
     const QStringList names{"1",   "2",   "3@",      "Customer Name", "a/b",     "c\\d",
