@@ -15,50 +15,47 @@ TEST(ConnectionProperties, ParsesKeysAndQuotedValues) {
     const auto properties = ConnectionProperties::parse(QStringLiteral(
         "Provider=SQLite; data source = \"C:\\a;b\\x.db\" ;"
         "Jet OLEDB:Database Password = ' morvantel';Name='it''s';Other=\"a\"\"b\";"));
-    EXPECT_EQ(properties.value(QStringLiteral("PROVIDER")), u"SQLite");
-    EXPECT_EQ(properties.value(QStringLiteral("Data Source")), u"C:\\a;b\\x.db");
+    EXPECT_EQ(properties.value("PROVIDER"), u"SQLite");
+    EXPECT_EQ(properties.value("Data Source"), u"C:\\a;b\\x.db");
     // The blank inside the quotes belongs to the password.
-    EXPECT_EQ(properties.value(QStringLiteral("jet oledb:database password")), u" morvantel");
-    EXPECT_EQ(properties.value(QStringLiteral("name")), u"it's");
-    EXPECT_EQ(properties.value(QStringLiteral("other")), u"a\"b");
-    EXPECT_FALSE(properties.contains(QStringLiteral("User ID")));
-    EXPECT_EQ(properties.value(QStringLiteral("User ID"), QStringLiteral("none")), u"none");
+    EXPECT_EQ(properties.value("jet oledb:database password"), u" morvantel");
+    EXPECT_EQ(properties.value("name"), u"it's");
+    EXPECT_EQ(properties.value("other"), u"a\"b");
+    EXPECT_FALSE(properties.contains("User ID"));
+    EXPECT_EQ(properties.value("User ID", "none"), u"none");
     EXPECT_EQ(properties.entries().size(), 5);
 
     // The export connection text ends in the lone closing quote of an extended-properties value
     // written without its opening one.
     const auto exportText = ConnectionProperties::parse(QStringLiteral(
         "Provider=MSDASQL.1;Extended Properties=DSN=Visual FoxPro Tables;UID=;SourceDB=/tmp/x;\""));
-    EXPECT_EQ(exportText.value(QStringLiteral("Extended Properties")), u"DSN=Visual FoxPro Tables");
-    EXPECT_EQ(exportText.value(QStringLiteral("SourceDB")), u"/tmp/x");
+    EXPECT_EQ(exportText.value("Extended Properties"), u"DSN=Visual FoxPro Tables");
+    EXPECT_EQ(exportText.value("SourceDB"), u"/tmp/x");
     EXPECT_EQ(exportText.entries().size(), 4);
 }
 
 TEST(ConnectionProperties, MergeKeepsOwnValuesAndSetReplacesByAnyCase) {
-    auto own = ConnectionProperties::parse(QStringLiteral("Data Source=mine.db"));
-    own.mergeMissing(
-        ConnectionProperties::parse(QStringLiteral("Provider=SQLite;DATA SOURCE=theirs.db")));
-    EXPECT_EQ(own.value(QStringLiteral("data source")), u"mine.db");
-    EXPECT_EQ(own.value(QStringLiteral("provider")), u"SQLite");
-    own.set(QStringLiteral("PROVIDER"), QStringLiteral("PostgreSQL"));
-    EXPECT_EQ(own.value(QStringLiteral("Provider")), u"PostgreSQL");
+    auto own = ConnectionProperties::parse("Data Source=mine.db");
+    own.mergeMissing(ConnectionProperties::parse("Provider=SQLite;DATA SOURCE=theirs.db"));
+    EXPECT_EQ(own.value("data source"), u"mine.db");
+    EXPECT_EQ(own.value("provider"), u"SQLite");
+    own.set("PROVIDER", "PostgreSQL");
+    EXPECT_EQ(own.value("Provider"), u"PostgreSQL");
     EXPECT_EQ(own.entries().size(), 2);
 }
 
 TEST(ConnectionProperties, MalformedTextIsRefusedClearly) {
-    EXPECT_TRUE(errorOf([] { ConnectionProperties::parse(QStringLiteral("Provider=SQLite;junk")); },
+    EXPECT_TRUE(errorOf([] { ConnectionProperties::parse("Provider=SQLite;junk"); },
                         ErrorNumber::InvalidArgument)
                     .contains(u"junk"));
-    errorOf([] { ConnectionProperties::parse(QStringLiteral("Password='open")); },
-            ErrorNumber::InvalidArgument);
-    errorOf([] { ConnectionProperties::parse(QStringLiteral("=value")); },
-            ErrorNumber::InvalidArgument);
+    errorOf([] { ConnectionProperties::parse("Password='open"); }, ErrorNumber::InvalidArgument);
+    errorOf([] { ConnectionProperties::parse("=value"); }, ErrorNumber::InvalidArgument);
 }
 
 TEST(DataLinkFile, WritesTheUtf16FormAndReadsItBack) {
     QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("group.udl"));
-    writeDataLinkFile(path, QStringLiteral("Provider=SQLite;Data Source=\"r\u00e9po.db\""));
+    const QString path = folder.filePath("group.udl");
+    writeDataLinkFile(path, "Provider=SQLite;Data Source=\"r\u00e9po.db\"");
 
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -70,14 +67,14 @@ TEST(DataLinkFile, WritesTheUtf16FormAndReadsItBack) {
                        "Provider=SQLite;")));
 
     const auto properties = readDataLinkFile(path);
-    EXPECT_EQ(properties.value(QStringLiteral("Data Source")), u"r\u00e9po.db");
-    EXPECT_EQ(properties.value(QStringLiteral("Provider")), u"SQLite");
+    EXPECT_EQ(properties.value("Data Source"), u"r\u00e9po.db");
+    EXPECT_EQ(properties.value("Provider"), u"SQLite");
 }
 
 TEST(DataLinkFile, ReadsPlainUtf8WithOrWithoutHeader) {
     QTemporaryDir folder;
-    const QString withHeader = folder.filePath(QStringLiteral("a.udl"));
-    const QString bare = folder.filePath(QStringLiteral("b.udl"));
+    const QString withHeader = folder.filePath("a.udl");
+    const QString bare = folder.filePath("b.udl");
     QFile a(withHeader), b(bare);
     ASSERT_TRUE(a.open(QIODevice::WriteOnly) && b.open(QIODevice::WriteOnly));
     a.write("[oledb]\n; Everything after this line is an OLE DB initstring\n"
@@ -85,25 +82,19 @@ TEST(DataLinkFile, ReadsPlainUtf8WithOrWithoutHeader) {
     b.write("\xEF\xBB\xBFProvider=SQLite;Data Source=b.db");
     a.close();
     b.close();
-    EXPECT_EQ(readDataLinkFile(withHeader).value(QStringLiteral("Data Source")), u"a.db");
-    EXPECT_EQ(readDataLinkFile(bare).value(QStringLiteral("Data Source")), u"b.db");
+    EXPECT_EQ(readDataLinkFile(withHeader).value("Data Source"), u"a.db");
+    EXPECT_EQ(readDataLinkFile(bare).value("Data Source"), u"b.db");
 }
 
 TEST(DataLinkFile, MissingEmptyOrHeaderOnlyFilesNameTheFile) {
     QTemporaryDir folder;
-    const QString missing = folder.filePath(QStringLiteral("missing.udl"));
-    EXPECT_TRUE(
-        errorOf([&] { readDataLinkFile(missing); }, ErrorNumber::Unspecified).contains(missing));
-
-    const QString empty = folder.filePath(QStringLiteral("empty.udl"));
-    QFile(empty).open(QIODevice::WriteOnly);
-    EXPECT_TRUE(
-        errorOf([&] { readDataLinkFile(empty); }, ErrorNumber::Unspecified).contains(empty));
-
-    const QString headerOnly = folder.filePath(QStringLiteral("header.udl"));
-    writeDataLinkFile(headerOnly, QString());
-    EXPECT_TRUE(errorOf([&] { readDataLinkFile(headerOnly); }, ErrorNumber::Unspecified)
-                    .contains(headerOnly));
+    QFile(folder.filePath("empty.udl")).open(QIODevice::WriteOnly);
+    writeDataLinkFile(folder.filePath("header.udl"), QString());
+    for (const char* name : {"missing.udl", "empty.udl", "header.udl"}) {
+        const QString path = folder.filePath(QString::fromLatin1(name));
+        EXPECT_TRUE(
+            errorOf([&] { readDataLinkFile(path); }, ErrorNumber::Unspecified).contains(path));
+    }
 
     errorOf([] { readDataLinkFile(QString()); }, ErrorNumber::InvalidArgument);
 }

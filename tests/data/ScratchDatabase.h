@@ -11,6 +11,8 @@
 
 namespace vx::test {
 
+using namespace Qt::StringLiterals;
+
 // An empty repository database in a temporary folder, named by a data-link file, as the
 // controls reach one.
 class ScratchDatabase {

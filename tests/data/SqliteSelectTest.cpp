@@ -10,15 +10,6 @@ protected:
     ScratchDatabase scratch;
     Connection connection = scratch.connect();
     Driver& driver = connection.driver();
-
-    int indexOf(const RowStore& rows, const QString& name) {
-        for (int i = 0; i < rows.columnCount(); ++i) {
-            if (rows.columns()[i].name == name)
-                return i;
-        }
-        ADD_FAILURE() << "no column " << name.toStdString();
-        return 0;
-    }
 };
 
 TEST_F(SqliteSelect, DeclaredTypesGiveFieldTypesSizesAndValues) {
@@ -28,7 +19,7 @@ TEST_F(SqliteSelect, DeclaredTypesGiveFieldTypesSizesAndValues) {
     connection.execute(QStringLiteral(
         "INSERT INTO typed VALUES (70000, -3, 2.5, 19.99, #03/15/2024 10:30:00#, TRUE, 'abc', "
         "'fixed', 'long', 'memo', 'short', '2024-01-02T03:04:05', FALSE)"));
-    const auto rows = driver.select(QStringLiteral("SELECT * FROM typed"));
+    const auto rows = driver.select("SELECT * FROM typed");
     const struct {
         DataType type;
         qint32 size;
@@ -55,8 +46,8 @@ TEST_F(SqliteSelect, DeclaredTypesGiveFieldTypesSizesAndValues) {
 }
 
 TEST_F(SqliteSelect, ComputedColumnsTakeTheirTypeFromTheFirstValue) {
-    connection.execute(QStringLiteral("CREATE TABLE t (a LONG, s VARCHAR(10))"));
-    connection.execute(QStringLiteral("INSERT INTO t VALUES (NULL, 'x'), (4, 'y')"));
+    connection.execute("CREATE TABLE t (a LONG, s VARCHAR(10))");
+    connection.execute("INSERT INTO t VALUES (NULL, 'x'), (4, 'y')");
     const auto rows = driver.select(QStringLiteral(
         "SELECT count(*) AS n, a * 2 AS twice, 5000000000 AS big, 1.5 AS r, s || '!' AS t, "
         "NULL AS empty FROM t GROUP BY a ORDER BY a"));
@@ -79,13 +70,12 @@ TEST_F(SqliteSelect, ComputedColumnsTakeTheirTypeFromTheFirstValue) {
 TEST_F(SqliteSelect, KeysAndAutoIncrementComeFromTheTable) {
     connection.execute(QStringLiteral(
         "CREATE TABLE declared (id LONG, v LONG, CONSTRAINT [pk_declared] PRIMARY KEY (id))"));
-    connection.execute(QStringLiteral("CREATE TABLE jetkeyed (id LONG, v LONG)"));
-    connection.execute(
-        QStringLiteral("CREATE UNIQUE INDEX pk_index ON jetkeyed (id) WITH PRIMARY"));
-    connection.execute(QStringLiteral("CREATE TABLE counted (id COUNTER, v LONG)"));
-    connection.execute(QStringLiteral("CREATE TABLE loose (id LONG, v LONG)"));
+    connection.execute("CREATE TABLE jetkeyed (id LONG, v LONG)");
+    connection.execute("CREATE UNIQUE INDEX pk_index ON jetkeyed (id) WITH PRIMARY");
+    connection.execute("CREATE TABLE counted (id COUNTER, v LONG)");
+    connection.execute("CREATE TABLE loose (id LONG, v LONG)");
     for (const char* table : {"declared", "jetkeyed", "counted", "loose"}) {
-        const auto rows = driver.select(QStringLiteral("SELECT id, v FROM ") + table);
+        const auto rows = driver.select(u"SELECT id, v FROM "_s + table);
         const bool keyed = qstrcmp(table, "loose") != 0;
         EXPECT_EQ(rows->columns()[0].keyColumn, keyed) << table;
         EXPECT_FALSE(rows->columns()[1].keyColumn) << table;
@@ -95,57 +85,50 @@ TEST_F(SqliteSelect, KeysAndAutoIncrementComeFromTheTable) {
 }
 
 TEST_F(SqliteSelect, RepeatedNamesTakeTheTableAsTheQuerySpellsIt) {
-    connection.execute(QStringLiteral("CREATE TABLE Invoices (itemid LONG, Customer TEXT(50))"));
-    connection.execute(QStringLiteral("CREATE TABLE KTItem (itemid LONG, username TEXT(50))"));
-    connection.execute(QStringLiteral("INSERT INTO Invoices VALUES (1, 'Acme')"));
-    connection.execute(QStringLiteral("INSERT INTO ktitem VALUES (1, 'bob')"));
+    connection.execute("CREATE TABLE Invoices (itemid LONG, Customer TEXT(50))");
+    connection.execute("CREATE TABLE KTItem (itemid LONG, username TEXT(50))");
+    connection.execute("INSERT INTO Invoices VALUES (1, 'Acme')");
+    connection.execute("INSERT INTO ktitem VALUES (1, 'bob')");
     const auto rows = driver.select(QStringLiteral(
         "SELECT * FROM Invoices INNER JOIN ktitem ON Invoices.itemid = ktitem.itemid"));
     QStringList names;
     for (const auto& column : rows->columns())
         names << column.name;
-    EXPECT_EQ(names, (QStringList{QStringLiteral("Invoices.itemid"), QStringLiteral("Customer"),
-                                  QStringLiteral("ktitem.itemid"), QStringLiteral("username")}));
+    EXPECT_EQ(names, (QStringList{"Invoices.itemid", "Customer", "ktitem.itemid", "username"}));
     EXPECT_EQ(rows->columns()[2].baseTable, u"KTItem");
     EXPECT_EQ(rows->columns()[2].baseColumn, u"itemid");
 }
 
 TEST_F(SqliteSelect, NamesAndTextCompareWithoutRegardToCase) {
-    connection.execute(
-        QStringLiteral("CREATE TABLE KTUsers (UserID LONG, UserName VARCHAR(50), Notes LONGTEXT)"));
+    connection.execute("CREATE TABLE KTUsers (UserID LONG, UserName VARCHAR(50), Notes LONGTEXT)");
     connection.execute(QStringLiteral("INSERT INTO ktusers (USERID, username, notes) "
                                       "VALUES (1, 'Bob', 'Red'), (2, 'alice', 'blue')"));
-    auto rows = driver.select(
-        QStringLiteral("SELECT userid FROM KTUSERS WHERE UserName = 'BOB' OR notes IN ('BLUE')"));
+    auto rows =
+        driver.select("SELECT userid FROM KTUSERS WHERE UserName = 'BOB' OR notes IN ('BLUE')");
     EXPECT_EQ(rows->rowCount(), 2);
     EXPECT_EQ(rows->columns()[0].baseColumn, u"UserID");
-    rows = driver.select(QStringLiteral("SELECT * FROM KTUsers ORDER BY username"));
+    rows = driver.select("SELECT * FROM KTUsers ORDER BY username");
     EXPECT_EQ(rows->value(0, 1).toString(), u"alice");
-    rows = driver.selectTable(QStringLiteral("[ktusers]"));
+    rows = driver.selectTable("[ktusers]");
     EXPECT_EQ(rows->rowCount(), 2);
     EXPECT_EQ(rows->columns()[1].name, u"UserName");
 }
 
 TEST_F(SqliteSelect, EngineErrorsKeepThePlatformsNumbers) {
-    connection.execute(QStringLiteral("CREATE TABLE t (id LONG PRIMARY KEY, v LONG)"));
-    connection.execute(QStringLiteral("INSERT INTO t VALUES (1, 1)"));
-    EXPECT_EQ(
-        errorOf([&] { driver.select(QStringLiteral("select * from KTRevision where itemid=1")); },
-                ErrorNumber::TableNotFound),
-        u"The database engine cannot find the input table or query 'KTRevision'. Make sure "
-        u"it exists and that its name is spelled correctly.");
-    errorOf([&] { driver.selectTable(QStringLiteral("nothere")); }, ErrorNumber::TableNotFound);
-    errorOf([&] { connection.execute(QStringLiteral("DELETE FROM gone")); },
-            ErrorNumber::TableNotFound);
-    EXPECT_TRUE(
-        errorOf([&] { driver.select(QStringLiteral("SELEC * FROM t")); }, ErrorNumber::SyntaxError)
-            .contains(u"syntax error"));
-    errorOf([&] { driver.select(QStringLiteral("SELECT * FROM t; SELECT 1")); },
-            ErrorNumber::SyntaxError);
-    errorOf([&] { connection.execute(QStringLiteral("INSERT INTO t VALUES (1, 2)")); },
+    connection.execute("CREATE TABLE t (id LONG PRIMARY KEY, v LONG)");
+    connection.execute("INSERT INTO t VALUES (1, 1)");
+    EXPECT_EQ(errorOf([&] { driver.select("select * from KTRevision where itemid=1"); },
+                      ErrorNumber::TableNotFound),
+              u"The database engine cannot find the input table or query 'KTRevision'. Make sure "
+              u"it exists and that its name is spelled correctly.");
+    errorOf([&] { driver.selectTable("nothere"); }, ErrorNumber::TableNotFound);
+    errorOf([&] { connection.execute("DELETE FROM gone"); }, ErrorNumber::TableNotFound);
+    EXPECT_TRUE(errorOf([&] { driver.select("SELEC * FROM t"); }, ErrorNumber::SyntaxError)
+                    .contains(u"syntax error"));
+    errorOf([&] { driver.select("SELECT * FROM t; SELECT 1"); }, ErrorNumber::SyntaxError);
+    errorOf([&] { connection.execute("INSERT INTO t VALUES (1, 2)"); },
             ErrorNumber::IntegrityViolation);
-    errorOf([&] { driver.select(QStringLiteral("SELECT nope FROM t")); },
-            ErrorNumber::ColumnNotFound);
+    errorOf([&] { driver.select("SELECT nope FROM t"); }, ErrorNumber::ColumnNotFound);
 }
 
 } // namespace

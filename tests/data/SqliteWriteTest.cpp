@@ -21,7 +21,7 @@ protected:
         for (qsizetype row = 0; row < rows->rowCount(); ++row) {
             QStringList cells;
             for (int column = 0; column < rows->columnCount(); ++column)
-                cells << (rows->isNull(row, column) ? QStringLiteral("NULL")
+                cells << (rows->isNull(row, column) ? u"NULL"_s
                                                     : rows->value(row, column).toString());
             values << cells.join(u'|');
         }
@@ -33,36 +33,27 @@ TEST_F(SqliteWrite, InsertUpdateDeleteByKeyInTheStorageConventions) {
     connection.execute(
         QStringLiteral("CREATE TABLE KTItem (itemid LONG, idx_date DATETIME, username VARCHAR(50), "
                        "deleted YESNO, size DOUBLE, CONSTRAINT pk PRIMARY KEY (itemid))"));
-    const QStringList columns{QStringLiteral("itemid"), QStringLiteral("idx_date"),
-                              QStringLiteral("username"), QStringLiteral("deleted"),
-                              QStringLiteral("size")};
-    EXPECT_FALSE(driver
-                     .insertRow(QStringLiteral("KTItem"), columns,
-                                {1, QDateTime(QDate(2024, 3, 15), QTime(9, 5, 7)),
-                                 QStringLiteral("bob"), true, 1.25},
-                                {})
-                     .isValid());
-    driver.insertRow(QStringLiteral("ktitem"), columns,
-                     {2, QDate(2023, 12, 31), QStringLiteral("it's"), false, QVariant()}, {});
+    const QStringList columns{"itemid", "idx_date", "username", "deleted", "size"};
+    EXPECT_FALSE(
+        driver
+            .insertRow("KTItem", columns,
+                       {1, QDateTime(QDate(2024, 3, 15), QTime(9, 5, 7)), "bob", true, 1.25}, {})
+            .isValid());
+    driver.insertRow("ktitem", columns, {2, QDate(2023, 12, 31), "it's", false, QVariant()}, {});
     EXPECT_EQ(stored(QStringLiteral("SELECT idx_date || '', deleted + 0, size FROM KTItem "
                                     "ORDER BY itemid")),
-              (QStringList{QStringLiteral("2024-03-15 09:05:07|-1|1.25"),
-                           QStringLiteral("2023-12-31 00:00:00|0|NULL")}));
+              (QStringList{"2024-03-15 09:05:07|-1|1.25", "2023-12-31 00:00:00|0|NULL"}));
 
-    EXPECT_EQ(driver.updateRow(QStringLiteral("KTItem"),
-                               {QStringLiteral("username"), QStringLiteral("deleted")},
-                               {QStringLiteral("carol"), true}, {QStringLiteral("ITEMID")}, {2}),
+    EXPECT_EQ(driver.updateRow("KTItem", {"username", "deleted"}, {"carol", true}, {"ITEMID"}, {2}),
               1);
-    EXPECT_EQ(driver.updateRow(QStringLiteral("KTItem"), {QStringLiteral("username")},
-                               {QStringLiteral("x")}, {QStringLiteral("itemid")}, {99}),
-              0);
-    EXPECT_EQ(driver.deleteRow(QStringLiteral("KTItem"), {QStringLiteral("itemid")}, {1}), 1);
-    EXPECT_EQ(stored(QStringLiteral("SELECT itemid, username, deleted + 0 FROM KTItem")),
-              QStringList{QStringLiteral("2|carol|-1")});
+    EXPECT_EQ(driver.updateRow("KTItem", {"username"}, {"x"}, {"itemid"}, {99}), 0);
+    EXPECT_EQ(driver.deleteRow("KTItem", {"itemid"}, {1}), 1);
+    EXPECT_EQ(stored("SELECT itemid, username, deleted + 0 FROM KTItem"),
+              QStringList{"2|carol|-1"});
 
-    errorOf([&] { driver.insertRow(QStringLiteral("KTItem"), columns.mid(0, 1), {2}, {}); },
+    errorOf([&] { driver.insertRow("KTItem", columns.mid(0, 1), {2}, {}); },
             ErrorNumber::IntegrityViolation);
-    errorOf([&] { driver.insertRow(QStringLiteral("nothere"), columns.mid(0, 1), {2}, {}); },
+    errorOf([&] { driver.insertRow("nothere", columns.mid(0, 1), {2}, {}); },
             ErrorNumber::TableNotFound);
 }
 
@@ -71,57 +62,47 @@ TEST_F(SqliteWrite, KeylessRowsAreFoundByAllTheirValuesOneAtATime) {
                                       "seen DATETIME)"));
     connection.execute(QStringLiteral("INSERT INTO keywords VALUES ('tax', 1, NULL), ('tax', 1, "
                                       "NULL), ('fee', 2, '2024-03-15')"));
-    const QStringList all{QStringLiteral("keyword"), QStringLiteral("itemid"),
-                          QStringLiteral("seen")};
+    const QStringList all{"keyword", "itemid", "seen"};
     // Two identical rows: only one of them changes, and a null matches null.
-    EXPECT_EQ(driver.updateRow(QStringLiteral("keywords"), {QStringLiteral("keyword")},
-                               {QStringLiteral("vat")}, all,
-                               {QStringLiteral("tax"), 1, QVariant()}),
-              1);
+    EXPECT_EQ(driver.updateRow("keywords", {"keyword"}, {"vat"}, all, {"tax", 1, QVariant()}), 1);
     // A date stored without its time still matches the value read back.
     EXPECT_EQ(
-        driver.deleteRow(QStringLiteral("keywords"), all,
-                         {QStringLiteral("fee"), 2, QDateTime(QDate(2024, 3, 15), QTime(0, 0))}),
+        driver.deleteRow("keywords", all, {"fee", 2, QDateTime(QDate(2024, 3, 15), QTime(0, 0))}),
         1);
-    EXPECT_EQ(stored(QStringLiteral("SELECT keyword, itemid FROM keywords ORDER BY keyword")),
-              (QStringList{QStringLiteral("tax|1"), QStringLiteral("vat|1")}));
+    EXPECT_EQ(stored("SELECT keyword, itemid FROM keywords ORDER BY keyword"),
+              (QStringList{"tax|1", "vat|1"}));
 }
 
 TEST_F(SqliteWrite, AutoIncrementValuesAreHandedBack) {
-    connection.execute(QStringLiteral("CREATE TABLE counted (id COUNTER, name TEXT(20))"));
-    const QVariant first = driver.insertRow(QStringLiteral("counted"), {QStringLiteral("name")},
-                                            {QStringLiteral("a")}, QStringLiteral("id"));
-    const QVariant second = driver.insertRow(QStringLiteral("counted"), {QStringLiteral("name")},
-                                             {QStringLiteral("b")}, QStringLiteral("id"));
+    connection.execute("CREATE TABLE counted (id COUNTER, name TEXT(20))");
+    const QVariant first = driver.insertRow("counted", {"name"}, {"a"}, "id");
+    const QVariant second = driver.insertRow("counted", {"name"}, {"b"}, "id");
     EXPECT_EQ(first.toInt(), 1);
     EXPECT_EQ(second.toInt(), 2);
-    EXPECT_EQ(stored(QStringLiteral("SELECT id, name FROM counted ORDER BY id")),
-              (QStringList{QStringLiteral("1|a"), QStringLiteral("2|b")}));
+    EXPECT_EQ(stored("SELECT id, name FROM counted ORDER BY id"), (QStringList{"1|a", "2|b"}));
 }
 
 TEST_F(SqliteWrite, RepeatedInsertsOutliveTheStatementCacheAndReopening) {
-    connection.execute(QStringLiteral("CREATE TABLE target (a LONG)"));
-    const QStringList columns{QStringLiteral("a")};
-    driver.insertRow(QStringLiteral("target"), columns, {1}, {});
+    connection.execute("CREATE TABLE target (a LONG)");
+    const QStringList columns{"a"};
+    driver.insertRow("target", columns, {1}, {});
     // More statement shapes than the cache keeps, then the same insert again.
     for (int i = 0; i < 60; ++i) {
-        const QString table = QStringLiteral("other%1").arg(i);
-        connection.execute(QStringLiteral("CREATE TABLE %1 (a LONG)").arg(table));
+        const QString table = u"other%1"_s.arg(i);
+        connection.execute(u"CREATE TABLE %1 (a LONG)"_s.arg(table));
         EXPECT_EQ(driver.deleteRow(table, columns, {i}), 0);
     }
-    driver.insertRow(QStringLiteral("target"), columns, {2}, {});
+    driver.insertRow("target", columns, {2}, {});
     connection.close();
     connection = scratch.connect();
-    connection.driver().insertRow(QStringLiteral("target"), columns, {3}, {});
-    EXPECT_EQ(
-        connection.driver().select(QStringLiteral("SELECT sum(a) FROM target"))->integerAt(0, 0),
-        6);
+    connection.driver().insertRow("target", columns, {3}, {});
+    EXPECT_EQ(connection.driver().select("SELECT sum(a) FROM target")->integerAt(0, 0), 6);
 }
 
 // A second writer waits for the first one's transaction instead of failing, as long as its
 // busy timeout lasts.
 TEST_F(SqliteWrite, ASecondWriterWaitsForTheFirst) {
-    connection.execute(QStringLiteral("CREATE TABLE t (a LONG)"));
+    connection.execute("CREATE TABLE t (a LONG)");
 
     auto writeFromAnotherConnection = [this](const QString& extra, std::atomic_bool& started,
                                              QString& failure) {
@@ -129,7 +110,7 @@ TEST_F(SqliteWrite, ASecondWriterWaitsForTheFirst) {
             Connection second;
             second.open(scratch.connectionText() + extra);
             started = true;
-            second.execute(QStringLiteral("INSERT INTO t VALUES (2)"));
+            second.execute("INSERT INTO t VALUES (2)");
         } catch (const Error& error) {
             failure = error.description();
         }
@@ -137,7 +118,7 @@ TEST_F(SqliteWrite, ASecondWriterWaitsForTheFirst) {
     };
 
     connection.beginTrans();
-    connection.execute(QStringLiteral("INSERT INTO t VALUES (1)"));
+    connection.execute("INSERT INTO t VALUES (1)");
     std::atomic_bool started = false;
     QString failure;
     std::thread writer([&] { writeFromAnotherConnection(QString(), started, failure); });
@@ -147,17 +128,14 @@ TEST_F(SqliteWrite, ASecondWriterWaitsForTheFirst) {
     connection.commitTrans();
     writer.join();
     EXPECT_TRUE(failure.isEmpty()) << failure.toStdString();
-    EXPECT_EQ(stored(QStringLiteral("SELECT a FROM t ORDER BY a")),
-              (QStringList{QStringLiteral("1"), QStringLiteral("2")}));
+    EXPECT_EQ(stored("SELECT a FROM t ORDER BY a"), (QStringList{"1", "2"}));
 
     // Without a timeout the same write fails at once, so the wait above was the timeout's doing.
     connection.beginTrans();
     std::atomic_bool impatientStarted = false;
     QString impatientFailure;
-    std::thread impatient([&] {
-        writeFromAnotherConnection(QStringLiteral(";Busy Timeout=0"), impatientStarted,
-                                   impatientFailure);
-    });
+    std::thread impatient(
+        [&] { writeFromAnotherConnection(";Busy Timeout=0", impatientStarted, impatientFailure); });
     impatient.join();
     connection.rollbackTrans();
     EXPECT_TRUE(impatientFailure.contains(u"locked")) << impatientFailure.toStdString();

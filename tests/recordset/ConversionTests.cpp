@@ -35,26 +35,24 @@ private:
 
 TEST(Conversion, IntegersRoundHalfToEvenAndKeepTheirRange) {
     const ColumnInfo integer = column("n", DataType::Integer);
-    EXPECT_EQ(convertForColumn(2.5, integer), QVariant(2));
-    EXPECT_EQ(convertForColumn(3.5, integer), QVariant(4));
-    EXPECT_EQ(convertForColumn(-2.5, integer), QVariant(-2));
-    EXPECT_EQ(convertForColumn(2.6, integer), QVariant(3));
-    EXPECT_EQ(convertForColumn(QStringLiteral(" 2.5 "), integer), QVariant(2));
-    EXPECT_EQ(convertForColumn(QStringLiteral("-17"), integer), QVariant(-17));
-    EXPECT_EQ(convertForColumn(true, integer), QVariant(-1));
-    EXPECT_EQ(convertForColumn(QStringLiteral("2147483647"), integer), QVariant(2147483647));
-    EXPECT_EQ(errorOf(QStringLiteral("2147483648"), integer), ErrorNumber::Overflow);
+    const std::pair<QVariant, int> integers[] = {
+        {2.5, 2},     {3.5, 4},     {-2.5, -2}, {2.6, 3},
+        {" 2.5 ", 2}, {"-17", -17}, {true, -1}, {"2147483647", 2147483647}};
+    for (const auto& [value, expected] : integers)
+        EXPECT_EQ(convertForColumn(value, integer), QVariant(expected))
+            << value.toString().toStdString();
+    EXPECT_EQ(errorOf("2147483648", integer), ErrorNumber::Overflow);
     EXPECT_EQ(errorOf(2147483647.5, integer), ErrorNumber::Overflow); // rounds up to 2^31
-    EXPECT_EQ(errorOf(QStringLiteral("abc"), integer), ErrorNumber::TypeMismatch);
+    EXPECT_EQ(errorOf("abc", integer), ErrorNumber::TypeMismatch);
 
     const ColumnInfo small = column("s", DataType::SmallInt);
     EXPECT_EQ(convertForColumn(-32768, small), QVariant(-32768));
     EXPECT_EQ(errorOf(32768, small), ErrorNumber::Overflow);
-    EXPECT_EQ(errorOf(QStringLiteral("-32769"), small), ErrorNumber::Overflow);
+    EXPECT_EQ(errorOf("-32769", small), ErrorNumber::Overflow);
     EXPECT_EQ(convertForColumn(32767.4, small), QVariant(32767));
 
     const ColumnInfo big = column("b", DataType::BigInt);
-    EXPECT_EQ(convertForColumn(QStringLiteral("9007199254740993"), big),
+    EXPECT_EQ(convertForColumn("9007199254740993", big),
               QVariant(qint64(9007199254740993LL))); // exact, not through a double
     EXPECT_EQ(errorOf(1e19, big), ErrorNumber::Overflow);
 
@@ -62,19 +60,18 @@ TEST(Conversion, IntegersRoundHalfToEvenAndKeepTheirRange) {
         convertForColumn(70000, small);
         FAIL() << "no overflow";
     } catch (const Error& error) {
-        EXPECT_EQ(error.description(), QStringLiteral("Overflow"));
+        EXPECT_EQ(error.description(), "Overflow");
     }
 }
 
 TEST(Conversion, BooleansFromTextAndNumbers) {
     const ColumnInfo flag = column("f", DataType::Boolean);
-    EXPECT_EQ(convertForColumn(QStringLiteral("TRUE"), flag), QVariant(true));
-    EXPECT_EQ(convertForColumn(QStringLiteral("false"), flag), QVariant(false));
-    EXPECT_EQ(convertForColumn(QStringLiteral("-1"), flag), QVariant(true));
-    EXPECT_EQ(convertForColumn(QStringLiteral("0"), flag), QVariant(false));
-    EXPECT_EQ(convertForColumn(7, flag), QVariant(true));
-    EXPECT_EQ(convertForColumn(0.0, flag), QVariant(false));
-    EXPECT_EQ(errorOf(QStringLiteral("yes"), flag), ErrorNumber::TypeMismatch);
+    const std::pair<QVariant, bool> booleans[] = {{"TRUE", true}, {"false", false}, {"-1", true},
+                                                  {"0", false},   {7, true},        {0.0, false}};
+    for (const auto& [value, expected] : booleans)
+        EXPECT_EQ(convertForColumn(value, flag), QVariant(expected))
+            << value.toString().toStdString();
+    EXPECT_EQ(errorOf("yes", flag), ErrorNumber::TypeMismatch);
 
     // A Boolean reads back as a Boolean and is kept as -1 / 0.
     auto store = test::makeStore({flag}, {{true}, {false}});
@@ -85,25 +82,23 @@ TEST(Conversion, BooleansFromTextAndNumbers) {
 
 TEST(Conversion, TextKeepsToTheDefinedSize) {
     const ColumnInfo varchar = column("v", DataType::VarWChar, "t", false, 5);
-    EXPECT_EQ(convertForColumn(QStringLiteral("abcde"), varchar),
-              QVariant(QStringLiteral("abcde")));
-    EXPECT_EQ(errorOf(QStringLiteral("abcdef"), varchar), ErrorNumber::ValueDoesNotFit);
-    EXPECT_EQ(errorOf(QStringLiteral("abcdef"), column("c", DataType::WChar, "t", false, 5)),
+    EXPECT_EQ(convertForColumn("abcde", varchar), QVariant("abcde"));
+    EXPECT_EQ(errorOf("abcdef", varchar), ErrorNumber::ValueDoesNotFit);
+    EXPECT_EQ(errorOf("abcdef", column("c", DataType::WChar, "t", false, 5)),
               ErrorNumber::ValueDoesNotFit);
     // Long text has no limit; numbers become their text.
     EXPECT_EQ(convertForColumn(QString(70000, 'x'), column("m", DataType::LongVarWChar))
                   .toString()
                   .size(),
               70000);
-    EXPECT_EQ(convertForColumn(42, varchar), QVariant(QStringLiteral("42")));
+    EXPECT_EQ(convertForColumn(42, varchar), QVariant("42"));
     EXPECT_EQ(convertForColumn(QString(), varchar).isValid(), true); // empty text stays text
     try {
-        convertForColumn(QStringLiteral("toolong"), varchar);
+        convertForColumn("toolong", varchar);
         FAIL() << "text longer than the column was accepted";
     } catch (const Error& error) {
-        EXPECT_EQ(
-            error.description(),
-            QStringLiteral("Multiple-step operation generated errors. Check each status value."));
+        EXPECT_EQ(error.description(),
+                  "Multiple-step operation generated errors. Check each status value.");
     }
 }
 
@@ -112,45 +107,41 @@ TEST(Conversion, NullAndBlankBecomeNullOtherTextIsChecked) {
                                 DataType::Boolean, DataType::VarWChar}) {
         EXPECT_FALSE(convertForColumn(QVariant(), column("x", type)).isValid());
     }
-    EXPECT_FALSE(convertForColumn(QStringLiteral("  "), column("n", DataType::Integer)).isValid());
+    EXPECT_FALSE(convertForColumn("  ", column("n", DataType::Integer)).isValid());
     EXPECT_FALSE(convertForColumn(QString(), column("d", DataType::Date)).isValid());
-    EXPECT_EQ(errorOf(QStringLiteral("1.2.3"), column("r", DataType::Double)),
-              ErrorNumber::TypeMismatch);
+    EXPECT_EQ(errorOf("1.2.3", column("r", DataType::Double)), ErrorNumber::TypeMismatch);
     EXPECT_EQ(errorOf(1e300, column("s", DataType::Single)), ErrorNumber::Overflow);
 }
 
 TEST(Conversion, DatesFromIsoAndLocaleText) {
     const ColumnInfo date = column("d", DataType::Date);
     const QDateTime expected(QDate(2024, 3, 15), QTime(10, 30, 5));
-    EXPECT_EQ(convertForColumn(QStringLiteral("2024-03-15 10:30:05"), date).toDateTime(), expected);
-    EXPECT_EQ(convertForColumn(QStringLiteral("2024-03-15T10:30:05"), date).toDateTime(), expected);
+    EXPECT_EQ(convertForColumn("2024-03-15 10:30:05", date).toDateTime(), expected);
+    EXPECT_EQ(convertForColumn("2024-03-15T10:30:05", date).toDateTime(), expected);
     EXPECT_EQ(convertForColumn(QDate(2024, 3, 15), date).toDateTime(),
               QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
-    EXPECT_EQ(errorOf(QStringLiteral("31/31/2024"), date), ErrorNumber::TypeMismatch);
-    EXPECT_EQ(errorOf(QStringLiteral("tomorrow"), date), ErrorNumber::TypeMismatch);
+    EXPECT_EQ(errorOf("31/31/2024", date), ErrorNumber::TypeMismatch);
+    EXPECT_EQ(errorOf("tomorrow", date), ErrorNumber::TypeMismatch);
 
     {
         LocaleScope us(QLocale(QLocale::English, QLocale::UnitedStates));
-        EXPECT_EQ(convertForColumn(QStringLiteral("3/15/2024"), date).toDateTime().date(),
-                  QDate(2024, 3, 15));
-        EXPECT_EQ(convertForColumn(QStringLiteral("03/04/24"), date).toDateTime().date(),
+        EXPECT_EQ(convertForColumn("3/15/2024", date).toDateTime().date(), QDate(2024, 3, 15));
+        EXPECT_EQ(convertForColumn("03/04/24", date).toDateTime().date(),
                   QDate(2024, 3, 4)); // month first; two-digit year in this century
-        EXPECT_EQ(convertForColumn(QStringLiteral("3/4/85"), date).toDateTime().date(),
-                  QDate(1985, 3, 4));
-        EXPECT_EQ(convertForColumn(QStringLiteral("3/15/2024 14:05:09"), date).toDateTime(),
+        EXPECT_EQ(convertForColumn("3/4/85", date).toDateTime().date(), QDate(1985, 3, 4));
+        EXPECT_EQ(convertForColumn("3/15/2024 14:05:09", date).toDateTime(),
                   QDateTime(QDate(2024, 3, 15), QTime(14, 5, 9)));
     }
     {
         LocaleScope uk(QLocale(QLocale::English, QLocale::UnitedKingdom));
-        EXPECT_EQ(convertForColumn(QStringLiteral("03/04/2024"), date).toDateTime().date(),
+        EXPECT_EQ(convertForColumn("03/04/2024", date).toDateTime().date(),
                   QDate(2024, 4, 3)); // day first
-        EXPECT_EQ(errorOf(QStringLiteral("3/15/2024"), date), ErrorNumber::TypeMismatch);
+        EXPECT_EQ(errorOf("3/15/2024", date), ErrorNumber::TypeMismatch);
     }
     {
         LocaleScope german(QLocale(QLocale::German, QLocale::Germany));
-        EXPECT_EQ(convertForColumn(QStringLiteral("15.03.2024"), date).toDateTime().date(),
-                  QDate(2024, 3, 15));
-        EXPECT_EQ(convertForColumn(QStringLiteral("2,5"), column("n", DataType::Integer)),
+        EXPECT_EQ(convertForColumn("15.03.2024", date).toDateTime().date(), QDate(2024, 3, 15));
+        EXPECT_EQ(convertForColumn("2,5", column("n", DataType::Integer)),
                   QVariant(2)); // the locale's decimal comma, then half to even
     }
 }

@@ -6,12 +6,12 @@ namespace vx::test {
 
 Connection FakeDriver::connect() {
     static const bool registered = [] {
-        registerDriver(QStringLiteral("Fake"), [] { return std::make_unique<FakeDriver>(); });
+        registerDriver("Fake", [] { return std::make_unique<FakeDriver>(); });
         return true;
     }();
     Q_UNUSED(registered);
     Connection connection;
-    connection.open(QStringLiteral("Provider=Fake;Data Source=nowhere"));
+    connection.open("Provider=Fake;Data Source=nowhere");
     return connection;
 }
 
@@ -23,7 +23,7 @@ std::unique_ptr<RowStore> FakeDriver::select(const QString& sql) {
     ++selects;
     const auto found = m_results.constFind(sql);
     if (found == m_results.constEnd())
-        throw Error(ErrorNumber::TableNotFound, QStringLiteral("no such source: ") + sql);
+        throw Error(ErrorNumber::TableNotFound, "no such source: " + sql);
     return (*found)();
 }
 

@@ -76,4 +76,14 @@ ColumnInfo column(const QString& name, DataType type, const QString& table = QSt
 // A store with the given columns and rows; values go in as the column holds them.
 std::unique_ptr<RowStore> makeStore(const ColumnList& columns, const QList<QVariantList>& rows);
 
+// The number of the vx::Error that `action` raised, 0 for none.
+inline qint32 errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.number();
+    }
+    return 0;
+}
+
 } // namespace vx::test

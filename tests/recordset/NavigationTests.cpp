@@ -4,25 +4,18 @@
 #include <gtest/gtest.h>
 
 using namespace vx;
+using namespace Qt::StringLiterals;
 using vx::test::column;
+using vx::test::errorOf;
 using vx::test::FakeDriver;
 using vx::test::makeStore;
 
 namespace {
 
-qint32 errorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
-}
-
 Recordset numbers(int count) {
     QList<QVariantList> rows;
     for (int i = 1; i <= count; ++i)
-        rows << QVariantList{i, QStringLiteral("name %1").arg(i)};
+        rows << QVariantList{i, u"name %1"_s.arg(i)};
     return Recordset::fromRows(
         makeStore({column("id", DataType::Integer), column("name", DataType::VarWChar)}, rows));
 }
@@ -75,7 +68,7 @@ TEST(Navigation, EndsAreReachedThenMovingFurtherFails) {
 
     EXPECT_EQ(errorOf([&] { set.setPosition(3); }), ErrorNumber::InvalidArgument);
     set.setPosition(1);
-    EXPECT_EQ(set.field("name").value(), QVariant(QStringLiteral("name 2")));
+    EXPECT_EQ(set.field("name").value(), QVariant("name 2"));
     EXPECT_EQ(errorOf([&] { set.field("missing"); }), ErrorNumber::ItemNotFound);
     EXPECT_EQ(errorOf([&] { set.value(7); }), ErrorNumber::ItemNotFound);
 }

@@ -7,6 +7,7 @@
 #include <numeric>
 
 using namespace vx;
+using namespace Qt::StringLiterals;
 using vx::test::column;
 using vx::test::makeStore;
 
@@ -29,6 +30,15 @@ Recordset people() {
                    {3, QVariant(), "Bergen", QVariant(), -1.0},
                    {4, "alice", "Bergen", "1985-01-20 08:00:00", 10.0},
                    {5, "Carol", QVariant(), "2001-12-31", 2.5}}));
+}
+
+// The ids 0..count-1 in a stable order by `less`.
+template <typename Less>
+QVariantList idsSortedBy(int count, Less less) {
+    QList<int> order(count);
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), less);
+    return QVariantList(order.begin(), order.end());
 }
 
 } // namespace
@@ -55,7 +65,7 @@ TEST(Sort, SeveralKeysInMixedDirections) {
     EXPECT_EQ(columnValues(set, 0), (QVariantList{5, 4, 3, 1, 2}));
     set.setSort("city DESC,id DESC");
     EXPECT_EQ(columnValues(set, 0), (QVariantList{2, 1, 4, 3, 5}));
-    EXPECT_EQ(set.sort(), QStringLiteral("city DESC,id DESC"));
+    EXPECT_EQ(set.sort(), "city DESC,id DESC");
 }
 
 TEST(Sort, UnknownColumnIsRefusedAndChangesNothing) {
@@ -72,7 +82,7 @@ TEST(Sort, UnknownColumnIsRefusedAndChangesNothing) {
                                      "the requested name or ordinal."));
         }
     }
-    EXPECT_EQ(set.sort(), QStringLiteral("id DESC"));
+    EXPECT_EQ(set.sort(), "id DESC");
     EXPECT_EQ(columnValues(set, 0), (QVariantList{5, 4, 3, 2, 1}));
 }
 
@@ -107,9 +117,7 @@ TEST(Sort, MatchesAReferenceOrderOnRandomText) {
                    column("group", DataType::Integer)},
                   rows));
 
-    QList<int> expected(400);
-    std::iota(expected.begin(), expected.end(), 0);
-    std::stable_sort(expected.begin(), expected.end(), [&](int a, int b) {
+    const QVariantList expectedIds = idsSortedBy(400, [&](int a, int b) {
         const QVariant& ga = rows[a][2];
         const QVariant& gb = rows[b][2];
         if (ga.toInt() != gb.toInt())
@@ -121,9 +129,6 @@ TEST(Sort, MatchesAReferenceOrderOnRandomText) {
         return texts[a].compare(texts[b], Qt::CaseInsensitive) < 0;
     });
     set.setSort("[group] DESC, [text]");
-    QVariantList expectedIds;
-    for (int id : expected)
-        expectedIds << id;
     EXPECT_EQ(columnValues(set, 0), expectedIds);
 }
 
@@ -135,7 +140,7 @@ TEST(Sort, ValuesWithACommonStartSortByTheirWholeText) {
     QList<QVariantList> rows;
     QList<QString> texts;
     for (int i = 0; i < 3000; ++i) {
-        const QString text = (random.bounded(2) ? QStringLiteral("Customer %1") : "CUSTOMER %1")
+        const QString text = (random.bounded(2) ? u"Customer %1"_s : "CUSTOMER %1")
                                  .arg(random.bounded(300), 5, 10, QChar(u'0')) +
                              endings[random.bounded(int(endings.size()))];
         rows << QVariantList{i, text};
@@ -145,15 +150,10 @@ TEST(Sort, ValuesWithACommonStartSortByTheirWholeText) {
         makeStore({column("id", DataType::Integer), column("name", DataType::VarWChar)}, rows));
 
     for (const bool descending : {false, true}) {
-        QList<int> expected(3000);
-        std::iota(expected.begin(), expected.end(), 0);
-        std::stable_sort(expected.begin(), expected.end(), [&](int a, int b) {
+        const QVariantList expectedIds = idsSortedBy(3000, [&](int a, int b) {
             const int c = texts[a].compare(texts[b], Qt::CaseInsensitive);
             return descending ? c > 0 : c < 0;
         });
-        QVariantList expectedIds;
-        for (int id : expected)
-            expectedIds << id;
         set.setSort(descending ? "[name] DESC" : "[name] ASC");
         EXPECT_EQ(columnValues(set, 0), expectedIds) << (descending ? "descending" : "ascending");
     }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace vx;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -17,8 +18,8 @@ struct SqliteRoundTrip : ::testing::Test {
 
     void SetUp() override {
         ASSERT_TRUE(folder.isValid());
-        connectionText = QStringLiteral("Provider=SQLite;Data Source=%1;Create If Missing=True")
-                             .arg(folder.filePath("repository.db"));
+        connectionText = u"Provider=SQLite;Data Source=%1;Create If Missing=True"_s.arg(
+            folder.filePath("repository.db"));
         connection.open(connectionText);
         connection.execute("CREATE TABLE words (id COUNTER, word VARCHAR(20), used YESNO, "
                            "added DATETIME)");
@@ -43,7 +44,7 @@ struct SqliteRoundTrip : ::testing::Test {
             QStringList cells;
             for (int c = 0; c < set.fieldCount(); ++c) {
                 const QVariant value = set.value(c);
-                cells << (value.isValid() ? value.toString() : QStringLiteral("null"));
+                cells << (value.isValid() ? value.toString() : u"null"_s);
             }
             rows << cells.join('|');
             set.moveNext();

@@ -5,20 +5,12 @@
 
 using namespace vx;
 using vx::test::column;
+using vx::test::errorOf;
 using vx::test::FakeDriver;
 using vx::test::makeStore;
 using vx::test::WriteCall;
 
 namespace {
-
-qint32 errorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
-}
 
 // Words keyed by id (auto-increment), plus a computed column the engine made up.
 std::unique_ptr<RowStore> wordsStore() {

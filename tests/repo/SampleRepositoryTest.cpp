@@ -44,13 +44,12 @@ QSet<qint64> idSet(Connection& connection, const QString& sql) {
 } // namespace
 
 TEST(SampleRepository, OpensInTheSqliteShell) {
-    const QString shell = QStandardPaths::findExecutable(QStringLiteral("sqlite3"));
+    const QString shell = QStandardPaths::findExecutable("sqlite3");
     if (shell.isEmpty())
         GTEST_SKIP() << "the sqlite3 command-line tool is not installed";
     SampleRepository sample;
     QProcess process;
-    process.start(shell, {sample.databasePath(), QStringLiteral(".tables"),
-                          QStringLiteral("SELECT COUNT(*) FROM KTItem;")});
+    process.start(shell, {sample.databasePath(), ".tables", "SELECT COUNT(*) FROM KTItem;"});
     ASSERT_TRUE(process.waitForFinished(30000));
     ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
     const QStringList words = QString::fromUtf8(process.readAllStandardOutput())
@@ -58,8 +57,8 @@ TEST(SampleRepository, OpensInTheSqliteShell) {
     for (const QString& table : SampleTables)
         EXPECT_TRUE(words.contains(table)) << table.toStdString();
     // Only updatable combos and the list's pick list have tables of their own.
-    EXPECT_FALSE(words.contains(QStringLiteral("InvoicesStatusHints")));
-    EXPECT_EQ(words.last(), QStringLiteral("300"));
+    EXPECT_FALSE(words.contains("InvoicesStatusHints"));
+    EXPECT_EQ(words.last(), "300");
 }
 
 TEST(SampleRepository, CountsThroughTheGroupConnection) {

@@ -37,13 +37,10 @@ const QLocale britain(QLocale::English, QLocale::UnitedKingdom);
 
 TEST(Conversions, TextToBoolean) {
     LocaleScope scope(us);
-    EXPECT_TRUE(textToBoolean("TRUE"));
-    EXPECT_TRUE(textToBoolean(" true "));
-    EXPECT_FALSE(textToBoolean("False"));
-    EXPECT_TRUE(textToBoolean("-1"));
-    EXPECT_TRUE(textToBoolean("0.5"));
-    EXPECT_FALSE(textToBoolean("0"));
-    EXPECT_FALSE(textToBoolean("0.0"));
+    for (const char* yes : {"TRUE", " true ", "-1", "0.5"})
+        EXPECT_TRUE(textToBoolean(yes)) << yes;
+    for (const char* no : {"False", "0", "0.0"})
+        EXPECT_FALSE(textToBoolean(no)) << no;
     for (const char* bad : {"", "yes", "t", "1x"})
         EXPECT_EQ(errorNumberOf([&] { textToBoolean(bad); }), ErrorNumber::TypeMismatch) << bad;
 }
@@ -89,17 +86,15 @@ TEST(Conversions, NumbersReadByTheUsersLocale) {
 TEST(Conversions, TextToDateUsesTheShortDateFormat) {
     {
         LocaleScope scope(us);
-        EXPECT_EQ(textToDate("3/15/2024"), QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
-        EXPECT_EQ(textToDate("03/05/2024"), QDateTime(QDate(2024, 3, 5), QTime(0, 0)));
-        EXPECT_EQ(textToDate("3/15/24").date(), QDate(2024, 3, 15));
-        EXPECT_EQ(textToDate("3/15/45").date(), QDate(1945, 3, 15));
-        EXPECT_EQ(textToDate("3/15/2024 14:30"), QDateTime(QDate(2024, 3, 15), QTime(14, 30)));
-        EXPECT_EQ(textToDate("3/15/2024 2:30:05 PM"),
-                  QDateTime(QDate(2024, 3, 15), QTime(14, 30, 5)));
-        EXPECT_EQ(textToDate("2024-03-15"), QDateTime(QDate(2024, 3, 15), QTime(0, 0)));
-        EXPECT_EQ(textToDate("2024-03-15 08:09:10"),
-                  QDateTime(QDate(2024, 3, 15), QTime(8, 9, 10)));
-        EXPECT_EQ(textToDate("14:30"), QDateTime(QDate(1899, 12, 30), QTime(14, 30)));
+        const QDate ides(2024, 3, 15);
+        const std::pair<const char*, QDateTime> cases[] = {
+            {"3/15/2024", {ides, {0, 0}}},         {"03/05/2024", {{2024, 3, 5}, {0, 0}}},
+            {"3/15/24", {ides, {0, 0}}},           {"3/15/45", {{1945, 3, 15}, {0, 0}}},
+            {"3/15/2024 14:30", {ides, {14, 30}}}, {"3/15/2024 2:30:05 PM", {ides, {14, 30, 5}}},
+            {"2024-03-15", {ides, {0, 0}}},        {"2024-03-15 08:09:10", {ides, {8, 9, 10}}},
+            {"14:30", {{1899, 12, 30}, {14, 30}}}};
+        for (const auto& [text, expected] : cases)
+            EXPECT_EQ(textToDate(text), expected) << text;
         for (const char* bad : {"", "15/15/2024", "2/30/2024", "soon"})
             EXPECT_EQ(errorNumberOf([&] { textToDate(bad); }), ErrorNumber::TypeMismatch) << bad;
     }
@@ -109,16 +104,14 @@ TEST(Conversions, TextToDateUsesTheShortDateFormat) {
 }
 
 TEST(Conversions, NumberToTextHasTheLeadingBlank) {
-    EXPECT_EQ(numberToText(qint64(42)), " 42");
-    EXPECT_EQ(numberToText(qint64(0)), " 0");
-    EXPECT_EQ(numberToText(qint64(-7)), "-7");
-    EXPECT_EQ(numberToText(2.5), " 2.5");
-    EXPECT_EQ(numberToText(-0.25), "-.25");
-    EXPECT_EQ(numberToText(0.5), " .5");
-    EXPECT_EQ(numberToText(-0.0), " 0");
-    EXPECT_EQ(numberToText(100.0), " 100");
-    EXPECT_EQ(numberToText(1e20), " 1E+20");
-    EXPECT_EQ(numberToText(0.1 + 0.2), " .3") << "fifteen significant digits";
+    for (const auto& [number, text] :
+         {std::pair<qint64, const char*>{42, " 42"}, {0, " 0"}, {-7, "-7"}})
+        EXPECT_EQ(numberToText(number), text);
+    const std::pair<double, const char*> doubles[] = {
+        {2.5, " 2.5"},   {-0.25, "-.25"},  {0.5, " .5"},      {-0.0, " 0"},
+        {100.0, " 100"}, {1e20, " 1E+20"}, {0.1 + 0.2, " .3"}}; // fifteen significant digits
+    for (const auto& [number, text] : doubles)
+        EXPECT_EQ(numberToText(number), text) << number;
 }
 
 TEST(Conversions, FormatDateTimePatterns) {
@@ -128,7 +121,6 @@ TEST(Conversions, FormatDateTimePatterns) {
     EXPECT_EQ(formatDateTime(moment, "dd/mm/yyyy"), "07/11/2016");
     EXPECT_EQ(formatDateTime(moment, "ddmmyy"), "071116");
     EXPECT_EQ(formatDateTime(moment, "hhmmss"), "204512") << "m after h is minutes";
-    EXPECT_EQ(formatDateTime(moment, "ddmmyy") + formatDateTime(moment, "hhmmss"), "071116204512");
     EXPECT_EQ(formatDateTime(moment, "yyyy-mm-dd hh:nn:ss"), "2016-11-07 20:45:12");
     EXPECT_EQ(formatDateTime(moment, "h:mm AM/PM"), "8:45 PM");
     EXPECT_EQ(formatDateTime(moment, "d mmm yyyy"), "7 Nov 2016");

@@ -48,10 +48,10 @@ TEST(PrivateProfile, ReadsWithThePlatformsRules) {
 TEST(PrivateProfile, ReadsUtf16AndBareLineFeeds) {
     test::TestEnvironment env;
     QByteArray utf16("\xFF\xFE");
-    const QString text = QStringLiteral("[S]\nName=Zoë\n");
+    const QString text = "[S]\nName=Zoë\n";
     utf16.append(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
     const QString ini = env.writeFile("u16.ini", utf16);
-    EXPECT_EQ(readPrivateProfileString(ini, "s", "name", ""), QStringLiteral("Zoë"));
+    EXPECT_EQ(readPrivateProfileString(ini, "s", "name", ""), "Zoë");
 }
 
 TEST(PrivateProfile, WriteKeepsEverythingElseInPlace) {
