@@ -102,27 +102,24 @@ TEST_F(DynaFormTest, RendersOneLabelledEditorPerFieldAndWalksThemInFormOrder) {
 TEST_F(DynaFormTest, ValuesReadBackByTypeAndUnconvertibleValuesAreRefused) {
     load(sample.formDefinitionPath());
 
-    setField(form, "InvoiceNo", QStringLiteral("INV-9"));
-    setField(form, "Amount", QStringLiteral("1250"));
-    setField(form, "InvoiceDate", QStringLiteral("2024-03-15"));
-    setField(form, "Paid", QStringLiteral("true"));
+    // (column, text given, value read back); Paid last, for the checks that follow.
+    const std::tuple<const char*, QString, QVariant> values[] = {
+        {"InvoiceNo", QStringLiteral("INV-9"), QStringLiteral("INV-9")},
+        {"Amount", QStringLiteral("1250"), qint32(1250)},
+        {"InvoiceDate", QStringLiteral("2024-03-15"), QDate(2024, 3, 15)},
+        {"Notes", QStringLiteral("line 1\nline 2"), QStringLiteral("line 1\nline 2")},
+        {"Paid", QStringLiteral("true"), true}};
+    for (const auto& [column, text, value] : values)
+        setField(form, column, text);
     setField(form, "Categories", QStringLiteral("Software;Travel"));
-    setField(form, "Notes", QStringLiteral("line 1\nline 2"));
-
-    moveToField(form, "InvoiceNo");
-    EXPECT_EQ(form.FieldValue(), QVariant(QStringLiteral("INV-9")));
-    moveToField(form, "Amount");
-    EXPECT_EQ(form.FieldValue(), QVariant(qint32(1250)));
-    moveToField(form, "InvoiceDate");
-    EXPECT_EQ(form.FieldValue(), QVariant(QDate(2024, 3, 15)));
-    moveToField(form, "Paid");
-    EXPECT_EQ(form.FieldValue(), QVariant(true));
+    for (const auto& [column, text, value] : values) {
+        moveToField(form, column);
+        EXPECT_EQ(form.FieldValue(), value) << column;
+    }
     form.setFieldValue(0);
     EXPECT_EQ(form.FieldValue(), QVariant(false));
     form.setFieldValue(QVariant());
     EXPECT_FALSE(form.FieldValue().isValid()) << "a check box can be unset again";
-    moveToField(form, "Notes");
-    EXPECT_EQ(form.FieldValue().toString(), QStringLiteral("line 1\nline 2"));
 
     // The list cursor walks the entries; the list can be emptied and refilled.
     moveToField(form, "Categories");

@@ -46,26 +46,21 @@ TEST_F(SecurityTest, AnItemsAccessListIsReplacedWholeOrNotAtAll) {
     const QList<qint32> before = usersOf(item);
     ASSERT_FALSE(before.isEmpty());
 
-    manager.setInit(sample.initFilePath());
-    EXPECT_EQ(manager.Init(), sample.initFilePath());
-    manager.SelectItem(item);
-    manager.DeleteItemSecurity();
-    EXPECT_TRUE(manager.AddItemSecurity(5, item));
-    EXPECT_TRUE(manager.AddItemSecurity(3, item));
-    EXPECT_TRUE(manager.AddItemSecurity(3, item)) << "a user already listed is fine";
-    manager.Done(); // without KillItem: the change is abandoned
-    EXPECT_EQ(usersOf(item), before);
-    EXPECT_FALSE(manager.AddItemSecurity(3, item)) << "nothing selected after Done";
-
-    manager.setInit(sample.initFilePath());
-    manager.SelectItem(item);
-    manager.DeleteItemSecurity();
-    EXPECT_TRUE(manager.AddItemSecurity(5, item));
-    EXPECT_TRUE(manager.AddItemSecurity(3, item));
-    EXPECT_TRUE(manager.AddItemSecurity(3, item));
-    manager.KillItem();
-    manager.Done();
-    EXPECT_EQ(usersOf(item), (QList<qint32>{3, 5}));
+    // Without KillItem the change is abandoned at Done; with it, it is written.
+    for (const bool kill : {false, true}) {
+        manager.setInit(sample.initFilePath());
+        EXPECT_EQ(manager.Init(), sample.initFilePath());
+        manager.SelectItem(item);
+        manager.DeleteItemSecurity();
+        EXPECT_TRUE(manager.AddItemSecurity(5, item));
+        EXPECT_TRUE(manager.AddItemSecurity(3, item));
+        EXPECT_TRUE(manager.AddItemSecurity(3, item)) << "a user already listed is fine";
+        if (kill)
+            manager.KillItem();
+        manager.Done();
+        EXPECT_EQ(usersOf(item), kill ? QList<qint32>({3, 5}) : before);
+        EXPECT_FALSE(manager.AddItemSecurity(3, item)) << "nothing selected after Done";
+    }
 
     // Selecting an item with no rows and clearing it writes nothing for it.
     manager.setInit(sample.initFilePath());

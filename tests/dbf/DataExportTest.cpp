@@ -13,6 +13,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace vx;
 using namespace vx::test;
 
@@ -37,15 +39,14 @@ protected:
         QList<qint32> ids;
         Recordset result = hitList.resultSet();
         for (result.moveFirst(); !result.eof(); result.moveNext())
-            ids << result.value(QStringLiteral("itemid")).toInt();
+            ids << result.value(u"itemid"_s).toInt();
         return ids;
     }
 
     // The row the export takes for a document: the first its join returns.
     Recordset documentRow(qint32 itemId) {
         Recordset row;
-        row.open(dataexport::documentQuery(QStringLiteral("Invoices"), itemId),
-                 hitList.connection());
+        row.open(dataexport::documentQuery(u"Invoices"_s, itemId), hitList.connection());
         return row;
     }
 
@@ -54,7 +55,7 @@ protected:
         EXPECT_TRUE(exportData(hitList));
         EXPECT_EQ(QDir::currentPath(), folderBefore);
         EXPECT_TRUE(ui().messageTexts().isEmpty()) << ui().messageTexts().join(u'|').toStdString();
-        return readWithDbfread(tablePath(table + QStringLiteral(".dbf")));
+        return readWithDbfread(tablePath(table + u".dbf"_s));
     }
 };
 
@@ -67,26 +68,23 @@ QString isoDate(const QVariant& value) {
 TEST_F(DataExportTest, WholeSelectionBecomesOneRowPerDocumentWithTheFormsColumns) {
     hitList.selection = resultItemIds();
     ASSERT_GT(hitList.selection.size(), 3);
-    const ReadBack read = exportAndRead(QStringLiteral("Invoices"));
+    const ReadBack read = exportAndRead(u"Invoices"_s);
     if (!read.skipReason.isEmpty())
         GTEST_SKIP() << read.skipReason.toStdString();
     ASSERT_TRUE(read.ok) << read.error.toStdString();
 
     const auto prompt = ui().prompts();
     ASSERT_GE(prompt.size(), 2);
-    EXPECT_EQ(prompt[0].text, QStringLiteral("Select the Location to export the Data"));
-    EXPECT_EQ(prompt[1].text,
-              QStringLiteral("Please specify the name of the export table to create."));
-    EXPECT_EQ(prompt[1].title, QStringLiteral("Export Table"));
-    EXPECT_EQ(prompt[1].defaultText, QStringLiteral("Invoices"));
+    EXPECT_EQ(prompt[0].text, u"Select the Location to export the Data"_s);
+    EXPECT_EQ(prompt[1].text, u"Please specify the name of the export table to create."_s);
+    EXPECT_EQ(prompt[1].title, u"Export Table"_s);
+    EXPECT_EQ(prompt[1].defaultText, u"Invoices"_s);
 
     QStringList layout;
     for (const QJsonValue& field : read.fields) {
         const QJsonObject f = field.toObject();
-        layout << QStringLiteral("%1 %2(%3)")
-                      .arg(f.value(QStringLiteral("name")).toString(),
-                           f.value(QStringLiteral("type")).toString())
-                      .arg(f.value(QStringLiteral("length")).toInt());
+        layout << u"%1 %2(%3)"_s.arg(f.value(u"name"_s).toString(), f.value(u"type"_s).toString())
+                      .arg(f.value(u"length"_s).toInt());
     }
     // fname and Categories are VARCHAR(255): CHAR(254); long field names are cut to 10 characters;
     // captions that differ from the field name find the column of the result all the same.
@@ -96,7 +94,6 @@ TEST_F(DataExportTest, WholeSelectionBecomesOneRowPerDocumentWithTheFormsColumns
                              "Customer C(50) Status C(20) Amount N(20) InvoiceDat D(8) Paid L(1) "
                              "Categories C(254) Notes M(4)")
                   .toStdString());
-    ;
 
     qsizetype withFiles = 0;
     for (const qint32 id : hitList.selection) {
@@ -106,39 +103,30 @@ TEST_F(DataExportTest, WholeSelectionBecomesOneRowPerDocumentWithTheFormsColumns
         ASSERT_LT(withFiles, read.records.size());
         const QJsonObject record = read.records[withFiles++].toObject();
         SCOPED_TRACE(id);
-        EXPECT_EQ(record.value(QStringLiteral("itemid")).toInt(), id);
-        EXPECT_EQ(record.value(QStringLiteral("idx_date")).toString(),
-                  isoDate(row.value(QStringLiteral("idx_date"))));
-        const QVariant type = row.value(QStringLiteral("type"));
+        EXPECT_EQ(record.value(u"itemid"_s).toInt(), id);
+        const QVariant type = row.value(u"type"_s);
         if (type.isNull()) {
-            EXPECT_TRUE(record.value(QStringLiteral("type_")).isNull());
+            EXPECT_TRUE(record.value(u"type_"_s).isNull());
         } else {
-            EXPECT_EQ(record.value(QStringLiteral("type_")).toDouble(), type.toDouble());
+            EXPECT_EQ(record.value(u"type_"_s).toDouble(), type.toDouble());
         }
-        EXPECT_EQ(record.value(QStringLiteral("fileid")).toInt(),
-                  row.value(QStringLiteral("fileid")).toInt());
-        EXPECT_EQ(record.value(QStringLiteral("filename")).toString(),
-                  row.value(QStringLiteral("fname")).toString());
-        EXPECT_EQ(record.value(QStringLiteral("fdate_")).toString(),
-                  isoDate(row.value(QStringLiteral("fdate"))));
-        EXPECT_EQ(record.value(QStringLiteral("fsize_")).toInt(),
-                  row.value(QStringLiteral("fsize")).toInt());
-        EXPECT_EQ(record.value(QStringLiteral("disklabel")).toString(),
-                  row.value(QStringLiteral("volume")).toString());
-        EXPECT_EQ(record.value(QStringLiteral("InvoiceNo")).toString(),
-                  row.value(QStringLiteral("InvoiceNo")).toString());
-        EXPECT_EQ(record.value(QStringLiteral("Customer")).toString(),
-                  row.value(QStringLiteral("Customer")).toString());
-        EXPECT_DOUBLE_EQ(record.value(QStringLiteral("Amount")).toDouble(),
-                         row.value(QStringLiteral("Amount")).toDouble());
-        EXPECT_EQ(record.value(QStringLiteral("InvoiceDat")).toString(),
-                  isoDate(row.value(QStringLiteral("InvoiceDate"))));
-        EXPECT_EQ(record.value(QStringLiteral("Paid")).toBool(),
-                  row.value(QStringLiteral("Paid")).toBool());
-        EXPECT_EQ(record.value(QStringLiteral("Categories")).toString(),
-                  row.value(QStringLiteral("Categories")).toString());
-        EXPECT_EQ(record.value(QStringLiteral("Notes")).toString(),
-                  row.value(QStringLiteral("Notes")).toString());
+        // (exported field, result column): numbers, dates, then texts.
+        using Columns = std::initializer_list<std::pair<const char*, const char*>>;
+        for (const auto& [field, column] : Columns{{"fileid", "fileid"}, {"fsize_", "fsize"}})
+            EXPECT_EQ(record.value(QLatin1String(field)).toInt(), row.value(column).toInt());
+        for (const auto& [field, column] :
+             Columns{{"idx_date", "idx_date"}, {"fdate_", "fdate"}, {"InvoiceDat", "InvoiceDate"}})
+            EXPECT_EQ(record.value(QLatin1String(field)).toString(), isoDate(row.value(column)));
+        for (const auto& [field, column] : Columns{{"filename", "fname"},
+                                                   {"disklabel", "volume"},
+                                                   {"InvoiceNo", "InvoiceNo"},
+                                                   {"Customer", "Customer"},
+                                                   {"Categories", "Categories"},
+                                                   {"Notes", "Notes"}})
+            EXPECT_EQ(record.value(QLatin1String(field)).toString(), row.value(column).toString())
+                << field;
+        EXPECT_DOUBLE_EQ(record.value(u"Amount"_s).toDouble(), row.value(u"Amount"_s).toDouble());
+        EXPECT_EQ(record.value(u"Paid"_s).toBool(), row.value(u"Paid"_s).toBool());
     }
     EXPECT_EQ(read.records.size(), withFiles);
 
@@ -151,60 +139,59 @@ TEST_F(DataExportTest, WholeSelectionBecomesOneRowPerDocumentWithTheFormsColumns
 
 TEST_F(DataExportTest, DocumentWithTwoFilesGivesOneRowForTheFirstFile) {
     Recordset twoFiles;
-    twoFiles.open(QStringLiteral("select itemid from ktfile group by itemid having count(*) > 1"),
+    twoFiles.open(u"select itemid from ktfile group by itemid having count(*) > 1"_s,
                   hitList.connection());
     ASSERT_FALSE(twoFiles.eof()) << "the sample has documents with an attachment";
     const qint32 id = twoFiles.value(0).toInt();
     hitList.selection = {id};
 
-    const ReadBack read = exportAndRead(QStringLiteral("Two"));
+    const ReadBack read = exportAndRead(u"Two"_s);
     if (!read.skipReason.isEmpty())
         GTEST_SKIP() << read.skipReason.toStdString();
     ASSERT_TRUE(read.ok) << read.error.toStdString();
     ASSERT_EQ(read.records.size(), 1);
     Recordset first = documentRow(id);
-    EXPECT_EQ(read.records[0].toObject().value(QStringLiteral("fileid")).toInt(),
-              first.value(QStringLiteral("fileid")).toInt());
-    EXPECT_EQ(read.records[0].toObject().value(QStringLiteral("itemid")).toInt(), id);
+    EXPECT_EQ(read.records[0].toObject().value(u"fileid"_s).toInt(),
+              first.value(u"fileid"_s).toInt());
+    EXPECT_EQ(read.records[0].toObject().value(u"itemid"_s).toInt(), id);
 }
 
 TEST_F(DataExportTest, TableNameIsAskedAgainUntilValidAndNew) {
     {
-        QFile taken(tablePath(QStringLiteral("Taken.dbf")));
+        QFile taken(tablePath(u"Taken.dbf"_s));
         ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
         taken.write("keep me");
     }
     ui().answerFolder(target.path())
-        .answerInput(QStringLiteral("My Table"))
+        .answerInput(u"My Table"_s)
         .answerMessage(MessageAnswer::Ok)
-        .answerInput(QStringLiteral("my_table"))
+        .answerInput(u"my_table"_s)
         .answerMessage(MessageAnswer::Ok)
-        .answerInput(QStringLiteral("my-table"))
+        .answerInput(u"my-table"_s)
         .answerMessage(MessageAnswer::Ok)
-        .answerInput(QStringLiteral("Taken"))
+        .answerInput(u"Taken"_s)
         .answerMessage(MessageAnswer::Ok)
-        .answerInput(QStringLiteral("taken"))
+        .answerInput(u"taken"_s)
         .answerMessage(MessageAnswer::Ok)
-        .answerInput(QStringLiteral("Fresh2"));
+        .answerInput(u"Fresh2"_s);
     EXPECT_TRUE(exportData(hitList));
 
-    const QStringList expected{
-        QStringLiteral(
-            "Invalid character [ ] in Table Name.\rPlease change the name and try again."),
-        QStringLiteral(
-            "Invalid character [_] in Table Name.\rPlease change the name and try again."),
-        QStringLiteral(
-            "Invalid character [-] in Table Name.\rPlease change the name and try again."),
-        QStringLiteral("File already exists: Taken.dbf\r\n\r\nChoose a different name."),
-        QStringLiteral("File already exists: taken.dbf\r\n\r\nChoose a different name.")};
+    QStringList expected;
+    for (const char* character : {" ", "_", "-"})
+        expected
+            << u"Invalid character [%1] in Table Name.\rPlease change the name and try again."_s
+                   .arg(QLatin1String(character));
+    for (const char* name : {"Taken", "taken"})
+        expected << u"File already exists: %1.dbf\r\n\r\nChoose a different name."_s.arg(
+            QLatin1String(name));
     EXPECT_EQ(ui().messageTexts(), expected);
     for (const Prompt& prompt : ui().prompts()) {
         if (prompt.kind == Prompt::Kind::MessageBox) {
             EXPECT_EQ(prompt.icon, MessageStyle::Exclamation);
         }
     }
-    EXPECT_EQ(fileBytes(tablePath(QStringLiteral("Taken.dbf"))), QByteArray("keep me"));
-    EXPECT_TRUE(QFileInfo::exists(tablePath(QStringLiteral("Fresh2.dbf"))));
+    EXPECT_EQ(fileBytes(tablePath(u"Taken.dbf"_s)), QByteArray("keep me"));
+    EXPECT_TRUE(QFileInfo::exists(tablePath(u"Fresh2.dbf"_s)));
     EXPECT_EQ(QDir::currentPath(), folderBefore);
 }
 
@@ -221,47 +208,43 @@ TEST_F(DataExportTest, CancellingEndsSilentlyAndFailuresAreReportedWithTheFolder
     EXPECT_EQ(ui().pendingAnswers(), 0);
 
     // The memo file cannot be made: the error is shown and no table is left half-made.
-    ASSERT_TRUE(QDir(target.path()).mkdir(QStringLiteral("Broken.fpt")));
+    ASSERT_TRUE(QDir(target.path()).mkdir(u"Broken.fpt"_s));
     ui().clearPrompts();
-    ui().answerFolder(target.path())
-        .answerInput(QStringLiteral("Broken"))
-        .answerMessage(MessageAnswer::Ok);
+    ui().answerFolder(target.path()).answerInput(u"Broken"_s).answerMessage(MessageAnswer::Ok);
     EXPECT_FALSE(exportData(hitList));
     ASSERT_EQ(ui().messageTexts().size(), 1);
     const Prompt shown = *ui().lastPrompt();
-    EXPECT_EQ(shown.title, QStringLiteral("Export_Data"));
+    EXPECT_EQ(shown.title, u"Export_Data"_s);
     EXPECT_EQ(shown.icon, MessageStyle::Critical);
-    EXPECT_FALSE(QFileInfo::exists(tablePath(QStringLiteral("Broken.dbf"))));
+    EXPECT_FALSE(QFileInfo::exists(tablePath(u"Broken.dbf"_s)));
     EXPECT_EQ(QDir::currentPath(), folderBefore);
 }
 
 TEST(DataExportTable, StatementAndConnectionTextsAreBuiltFromTheirPieces) {
     const QList<dataexport::FormColumn> columns{
-        {QStringLiteral("Description"), QStringLiteral("Descriptio"),
-         dataexport::columnTypeText(DataType::VarWChar, 255)},
-        {QStringLiteral("Code"), QStringLiteral("Code"),
-         dataexport::columnTypeText(DataType::VarWChar, 12)}};
-    EXPECT_EQ(dataexport::createTableText(QStringLiteral("T1"), 254, columns),
+        {u"Description"_s, u"Descriptio"_s, dataexport::columnTypeText(DataType::VarWChar, 255)},
+        {u"Code"_s, u"Code"_s, dataexport::columnTypeText(DataType::VarWChar, 12)}};
+    EXPECT_EQ(dataexport::createTableText(u"T1"_s, 254, columns),
               QStringLiteral("CREATE TABLE T1(itemid NUMERIC,idx_date DATE,type_ NUMERIC,"
                              "fileid NUMERIC,filename CHAR(254),fdate_ DATE,fsize_ NUMERIC,"
                              "disklabel CHAR(13),Descriptio CHAR(254),Code CHAR(12));"));
-    EXPECT_EQ(dataexport::columnTypeText(DataType::LongVarWChar, 0), QStringLiteral(" MEMO"));
-    EXPECT_EQ(dataexport::columnTypeText(DataType::Integer, 4), QStringLiteral(" NUMERIC"));
-    EXPECT_EQ(dataexport::columnTypeText(DataType::Double, 8), QStringLiteral(" NUMERIC"));
-    EXPECT_EQ(dataexport::columnTypeText(DataType::DBTimeStamp, 8), QStringLiteral(" DATE"));
-    EXPECT_EQ(dataexport::columnTypeText(DataType::Boolean, 2), QStringLiteral(" BOOL"));
+    EXPECT_EQ(dataexport::columnTypeText(DataType::LongVarWChar, 0), u" MEMO"_s);
+    EXPECT_EQ(dataexport::columnTypeText(DataType::Integer, 4), u" NUMERIC"_s);
+    EXPECT_EQ(dataexport::columnTypeText(DataType::Double, 8), u" NUMERIC"_s);
+    EXPECT_EQ(dataexport::columnTypeText(DataType::DBTimeStamp, 8), u" DATE"_s);
+    EXPECT_EQ(dataexport::columnTypeText(DataType::Boolean, 2), u" BOOL"_s);
     EXPECT_TRUE(dataexport::columnTypeText(DataType::Currency, 8).isEmpty());
     EXPECT_TRUE(dataexport::columnTypeText(DataType::WChar, 8).isEmpty());
 
-    EXPECT_EQ(dataexport::exportConnectionText(QStringLiteral("/x/y")),
+    EXPECT_EQ(dataexport::exportConnectionText(u"/x/y"_s),
               QStringLiteral("Provider=MSDASQL.1;Persist Security Info=False;Mode=ReadWrite;"
                              "Extended Properties=DSN=Visual FoxPro Tables;UID=;SourceType=DBF;"
                              "Exclusive=Yes;BackgroundFetch=Yes;Collate=Machine;Null=Yes;"
                              "Deleted=Yes;SourceDB=/x/y;\""));
-    EXPECT_EQ(dataexport::documentQuery(QStringLiteral("G"), 12),
+    EXPECT_EQ(dataexport::documentQuery(u"G"_s, 12),
               QStringLiteral("select ktfile.*,G.*,ktitem.itemid,ktitem.idx_date,ktitem.type from "
                              "ktfile,ktitem,G where ktfile.itemid =G.itemid and "
                              "ktfile.itemid=ktitem.itemid and ktfile.itemid= 12"));
-    EXPECT_TRUE(dataexport::firstInvalidTableNameCharacter(QStringLiteral("abcXYZ09")).isNull());
-    EXPECT_EQ(dataexport::firstInvalidTableNameCharacter(QStringLiteral("ab\u00e9c")), u'\u00e9');
+    EXPECT_TRUE(dataexport::firstInvalidTableNameCharacter(u"abcXYZ09"_s).isNull());
+    EXPECT_EQ(dataexport::firstInvalidTableNameCharacter(u"ab\u00e9c"_s), u'\u00e9');
 }

@@ -9,6 +9,8 @@
 #include <QtEndian>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace vx;
 using namespace vx::test;
 
@@ -17,26 +19,19 @@ namespace {
 QString connectionTextFor(const QString& folder) {
     return QStringLiteral("Provider=MSDASQL.1;Extended Properties=DSN=Visual FoxPro Tables;UID=;"
                           "SourceType=DBF;SourceDB=") +
-           folder + QStringLiteral(";");
+           folder + u";"_s;
 }
 
 const QString allTypes = QStringLiteral(
     "CREATE TABLE people(itemid NUMERIC,born DATE,name CHAR(10),wide CHAR(254),notes MEMO,"
     "active BOOL,ratio NUMERIC(8,2));");
 
-struct Person {
-    QVariant itemid, born, name, wide, notes, active, ratio;
-};
-
-void append(Recordset& table, const Person& p) {
+// Appends one record of `allTypes`, values in column order.
+void append(Recordset& table, const QVariantList& values) {
+    const char* columns[] = {"itemid", "born", "name", "wide", "notes", "active", "ratio"};
     table.addNew();
-    table.setValue(QStringLiteral("itemid"), p.itemid);
-    table.setValue(QStringLiteral("born"), p.born);
-    table.setValue(QStringLiteral("name"), p.name);
-    table.setValue(QStringLiteral("wide"), p.wide);
-    table.setValue(QStringLiteral("notes"), p.notes);
-    table.setValue(QStringLiteral("active"), p.active);
-    table.setValue(QStringLiteral("ratio"), p.ratio);
+    for (int i = 0; i < 7; ++i)
+        table.setValue(QString::fromLatin1(columns[i]), values.value(i));
     table.update();
 }
 
@@ -61,21 +56,19 @@ protected:
 TEST_F(DbfDriverTest, TableOfEveryTypeReadsBackThroughTheReferenceReader) {
     connection.execute(allTypes);
     Recordset table;
-    table.open(QStringLiteral("people"), connection, CursorType::Keyset, LockType::Optimistic,
+    table.open(u"people"_s, connection, CursorType::Keyset, LockType::Optimistic,
                CommandType::TableDirect);
-    const QString longMemo = QStringLiteral("Line one\r\nLine two with caf\u00e9 and \u20ac. ")
-                                 .repeated(8); // several 64-byte blocks
-    const QString wide = QStringLiteral("w").repeated(253) + QStringLiteral("!");
-    append(table, {7, QDate(2024, 2, 29), QStringLiteral("Ann"), wide, longMemo, true, 12.5});
-    append(table,
-           {-123456789, QDateTime(QDate(1999, 12, 31), QTime(23, 59)), QStringLiteral("\u00c5sa"),
-            QStringLiteral("short"), QStringLiteral("x"), false, -0.25});
-    append(table,
-           {QVariant(), QVariant(), QVariant(), QVariant(), QVariant(), QVariant(), QVariant()});
+    const QString longMemo =
+        u"Line one\r\nLine two with caf\u00e9 and \u20ac. "_s.repeated(8); // several 64-byte blocks
+    const QString wide = u"w"_s.repeated(253) + u"!"_s;
+    append(table, {7, QDate(2024, 2, 29), u"Ann"_s, wide, longMemo, true, 12.5});
+    append(table, {-123456789, QDateTime(QDate(1999, 12, 31), QTime(23, 59)), u"\u00c5sa"_s,
+                   u"short"_s, u"x"_s, false, -0.25});
+    append(table, {});
     table.close();
     connection.close(); // flushes
 
-    const QByteArray bytes = fileBytes(path(QStringLiteral("people.dbf")));
+    const QByteArray bytes = fileBytes(path(u"people.dbf"_s));
     ASSERT_GT(bytes.size(), 32);
     EXPECT_EQ(quint8(bytes[0]), 0x30);
     EXPECT_EQ(headerRecordCount(bytes), 3u);
@@ -94,22 +87,21 @@ TEST_F(DbfDriverTest, TableOfEveryTypeReadsBackThroughTheReferenceReader) {
     EXPECT_EQ(bytes.back(), '\x1A');
     EXPECT_EQ(bytes[headerLength], ' ') << "deletion flag of the first record";
 
-    const QByteArray memo = fileBytes(path(QStringLiteral("people.fpt")));
+    const QByteArray memo = fileBytes(path(u"people.fpt"_s));
     ASSERT_GE(memo.size(), 512);
     EXPECT_EQ(qFromBigEndian<quint16>(memo.constData() + 6), 64);
     EXPECT_EQ(qint64(qFromBigEndian<quint32>(memo.constData())) * 64, memo.size())
         << "next free block follows the last memo";
 
-    const ReadBack read = readWithDbfread(path(QStringLiteral("people.dbf")));
+    const ReadBack read = readWithDbfread(path(u"people.dbf"_s));
     if (!read.skipReason.isEmpty())
         GTEST_SKIP() << read.skipReason.toStdString();
     ASSERT_TRUE(read.ok) << read.error.toStdString();
     auto expectField = [&](const char* name, const char* type, int length, int decimals) {
         const QJsonObject field = read.field(QString::fromLatin1(name));
-        EXPECT_EQ(field.value(QStringLiteral("type")).toString(), QString::fromLatin1(type))
-            << name;
-        EXPECT_EQ(field.value(QStringLiteral("length")).toInt(), length) << name;
-        EXPECT_EQ(field.value(QStringLiteral("decimals")).toInt(), decimals) << name;
+        EXPECT_EQ(field.value(u"type"_s).toString(), QString::fromLatin1(type)) << name;
+        EXPECT_EQ(field.value(u"length"_s).toInt(), length) << name;
+        EXPECT_EQ(field.value(u"decimals"_s).toInt(), decimals) << name;
     };
     expectField("itemid", "N", 20, 4);
     expectField("born", "D", 8, 0);
@@ -121,41 +113,38 @@ TEST_F(DbfDriverTest, TableOfEveryTypeReadsBackThroughTheReferenceReader) {
 
     ASSERT_EQ(read.records.size(), 3);
     const QJsonObject first = read.records[0].toObject();
-    EXPECT_EQ(first.value(QStringLiteral("itemid")).toDouble(), 7.0);
-    EXPECT_EQ(first.value(QStringLiteral("born")).toString(), QStringLiteral("2024-02-29"));
-    EXPECT_EQ(first.value(QStringLiteral("name")).toString(), QStringLiteral("Ann"));
-    EXPECT_EQ(first.value(QStringLiteral("wide")).toString(), wide);
-    EXPECT_EQ(first.value(QStringLiteral("notes")).toString(), longMemo);
-    EXPECT_EQ(first.value(QStringLiteral("active")).toBool(), true);
-    EXPECT_EQ(first.value(QStringLiteral("ratio")).toDouble(), 12.5);
+    EXPECT_EQ(first.value(u"itemid"_s).toDouble(), 7.0);
+    EXPECT_EQ(first.value(u"born"_s).toString(), u"2024-02-29"_s);
+    EXPECT_EQ(first.value(u"name"_s).toString(), u"Ann"_s);
+    EXPECT_EQ(first.value(u"wide"_s).toString(), wide);
+    EXPECT_EQ(first.value(u"notes"_s).toString(), longMemo);
+    EXPECT_EQ(first.value(u"active"_s).toBool(), true);
+    EXPECT_EQ(first.value(u"ratio"_s).toDouble(), 12.5);
 
     const QJsonObject second = read.records[1].toObject();
-    EXPECT_EQ(second.value(QStringLiteral("itemid")).toDouble(), -123456789.0);
-    EXPECT_EQ(second.value(QStringLiteral("born")).toString(), QStringLiteral("1999-12-31"));
-    EXPECT_EQ(second.value(QStringLiteral("name")).toString(), QStringLiteral("\u00c5sa"));
-    EXPECT_EQ(second.value(QStringLiteral("notes")).toString(), QStringLiteral("x"));
-    EXPECT_EQ(second.value(QStringLiteral("active")).toBool(true), false);
-    EXPECT_EQ(second.value(QStringLiteral("ratio")).toDouble(), -0.25);
+    EXPECT_EQ(second.value(u"itemid"_s).toDouble(), -123456789.0);
+    EXPECT_EQ(second.value(u"born"_s).toString(), u"1999-12-31"_s);
+    EXPECT_EQ(second.value(u"name"_s).toString(), u"\u00c5sa"_s);
+    EXPECT_EQ(second.value(u"notes"_s).toString(), u"x"_s);
+    EXPECT_EQ(second.value(u"active"_s).toBool(true), false);
+    EXPECT_EQ(second.value(u"ratio"_s).toDouble(), -0.25);
 
     const QJsonObject blank = read.records[2].toObject();
     for (const char* name : {"itemid", "born", "notes", "active", "ratio"})
         EXPECT_TRUE(blank.value(QString::fromLatin1(name)).isNull()) << name;
-    EXPECT_EQ(blank.value(QStringLiteral("name")).toString(), QString());
+    EXPECT_EQ(blank.value(u"name"_s).toString(), QString());
 }
 
 TEST_F(DbfDriverTest, ReopenedTableReadsBackWithItsTypesAndTakesMoreRecords) {
-    connection.execute(
-        QStringLiteral("CREATE TABLE Log(n NUMERIC,d DATE,c CHAR(5),m MEMO,b BOOL);"));
+    connection.execute(u"CREATE TABLE Log(n NUMERIC,d DATE,c CHAR(5),m MEMO,b BOOL);"_s);
     Recordset table;
-    table.open(QStringLiteral("select * from Log"), connection, CursorType::Keyset,
-               LockType::Optimistic);
+    table.open(u"select * from Log"_s, connection, CursorType::Keyset, LockType::Optimistic);
     EXPECT_TRUE(table.eof());
     table.addNew();
-    table.setValue(QStringLiteral("N"), 42);
-    table.setValue(QStringLiteral("d"), QStringLiteral("2023-05-06"));
-    table.setValue(QStringLiteral("c"), QStringLiteral("abc"));
-    table.setValue(QStringLiteral("m"), QStringLiteral("memo text"));
-    table.setValue(QStringLiteral("b"), true);
+    const std::pair<const char*, QVariant> values[] = {
+        {"N", 42}, {"d", u"2023-05-06"_s}, {"c", u"abc"_s}, {"m", u"memo text"_s}, {"b", true}};
+    for (const auto& [column, value] : values)
+        table.setValue(QString::fromLatin1(column), value);
     table.update();
     table.close();
     connection.close();
@@ -163,43 +152,38 @@ TEST_F(DbfDriverTest, ReopenedTableReadsBackWithItsTypesAndTakesMoreRecords) {
     Connection again;
     again.open(connectionTextFor(folder.path()));
     Recordset reread;
-    reread.open(QStringLiteral("select * from log;"), again, CursorType::Keyset,
-                LockType::Optimistic);
+    reread.open(u"select * from log;"_s, again, CursorType::Keyset, LockType::Optimistic);
     ASSERT_EQ(reread.recordCount(), 1);
-    EXPECT_EQ(reread.field(QStringLiteral("n")).type(), DataType::Numeric);
-    EXPECT_EQ(reread.field(QStringLiteral("d")).type(), DataType::Date);
-    EXPECT_EQ(reread.field(QStringLiteral("c")).type(), DataType::WChar);
-    EXPECT_EQ(reread.field(QStringLiteral("c")).definedSize(), 5);
-    EXPECT_EQ(reread.field(QStringLiteral("m")).type(), DataType::LongVarWChar);
-    EXPECT_EQ(reread.field(QStringLiteral("b")).type(), DataType::Boolean);
-    EXPECT_EQ(reread.value(QStringLiteral("n")).toDouble(), 42.0);
-    EXPECT_EQ(reread.value(QStringLiteral("d")).toDateTime().date(), QDate(2023, 5, 6));
-    EXPECT_EQ(reread.value(QStringLiteral("c")).toString(), QStringLiteral("abc"));
-    EXPECT_EQ(reread.value(QStringLiteral("m")).toString(), QStringLiteral("memo text"));
-    EXPECT_TRUE(reread.value(QStringLiteral("b")).toBool());
+    const DataType types[] = {DataType::Numeric, DataType::Date, DataType::WChar,
+                              DataType::LongVarWChar, DataType::Boolean};
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(reread.field(i).type(), types[i]) << i;
+    EXPECT_EQ(reread.field(u"c"_s).definedSize(), 5);
+    EXPECT_EQ(reread.value(u"n"_s).toDouble(), 42.0);
+    EXPECT_EQ(reread.value(u"d"_s).toDateTime().date(), QDate(2023, 5, 6));
+    EXPECT_EQ(reread.value(u"c"_s).toString(), u"abc"_s);
+    EXPECT_EQ(reread.value(u"m"_s).toString(), u"memo text"_s);
+    EXPECT_TRUE(reread.value(u"b"_s).toBool());
 
     reread.addNew();
-    reread.setValue(QStringLiteral("n"), 43);
-    reread.setValue(QStringLiteral("m"), QStringLiteral("second memo"));
+    reread.setValue(u"n"_s, 43);
+    reread.setValue(u"m"_s, u"second memo"_s);
     reread.update();
     // A second record set sees the record the first appended, before any close.
     Recordset third;
-    third.open(QStringLiteral("Log"), again, CursorType::Keyset, LockType::ReadOnly,
-               CommandType::TableDirect);
+    third.open(u"Log"_s, again, CursorType::Keyset, LockType::ReadOnly, CommandType::TableDirect);
     EXPECT_EQ(third.recordCount(), 2);
     again.close();
 
-    EXPECT_EQ(headerRecordCount(fileBytes(path(QStringLiteral("Log.dbf")))), 2u);
-    const ReadBack read = readWithDbfread(path(QStringLiteral("Log.dbf")));
+    EXPECT_EQ(headerRecordCount(fileBytes(path(u"Log.dbf"_s))), 2u);
+    const ReadBack read = readWithDbfread(path(u"Log.dbf"_s));
     if (!read.skipReason.isEmpty())
         GTEST_SKIP() << read.skipReason.toStdString();
     ASSERT_TRUE(read.ok) << read.error.toStdString();
     ASSERT_EQ(read.records.size(), 2);
-    EXPECT_EQ(read.records[0].toObject().value(QStringLiteral("m")).toString(),
-              QStringLiteral("memo text"));
-    EXPECT_EQ(read.records[1].toObject().value(QStringLiteral("m")).toString(),
-              QStringLiteral("second memo"));
-    EXPECT_EQ(read.records[1].toObject().value(QStringLiteral("n")).toDouble(), 43.0);
+    EXPECT_EQ(read.records[0].toObject().value(u"m"_s).toString(), u"memo text"_s);
+    EXPECT_EQ(read.records[1].toObject().value(u"m"_s).toString(), u"second memo"_s);
+    EXPECT_EQ(read.records[1].toObject().value(u"n"_s).toDouble(), 43.0);
 }
 
 TEST_F(DbfDriverTest, RefusesWhatItCannotWriteAndKeepsTheTableWhole) {
@@ -211,49 +195,46 @@ TEST_F(DbfDriverTest, RefusesWhatItCannotWriteAndKeepsTheTableWhole) {
         }
         return 0;
     };
-    EXPECT_EQ(errorOf(QStringLiteral("CREATE TABLE t1(a CHAR(255));")), ErrorNumber::SyntaxError);
-    EXPECT_EQ(errorOf(QStringLiteral("CREATE TABLE t2(a CHAR(4),A NUMERIC);")),
-              ErrorNumber::SyntaxError);
-    EXPECT_EQ(errorOf(QStringLiteral("CREATE TABLE t3(a VARCHAR(4));")), ErrorNumber::SyntaxError);
-    EXPECT_EQ(errorOf(QStringLiteral("CREATE TABLE t4(elevenchars DATE);")),
-              ErrorNumber::SyntaxError);
-    EXPECT_EQ(errorOf(QStringLiteral("DROP TABLE t1")), ErrorNumber::NotSupported);
+    for (const char* sql :
+         {"CREATE TABLE t1(a CHAR(255));", "CREATE TABLE t2(a CHAR(4),A NUMERIC);",
+          "CREATE TABLE t3(a VARCHAR(4));", "CREATE TABLE t4(elevenchars DATE);"})
+        EXPECT_EQ(errorOf(QString::fromLatin1(sql)), ErrorNumber::SyntaxError) << sql;
+    EXPECT_EQ(errorOf(u"DROP TABLE t1"_s), ErrorNumber::NotSupported);
     EXPECT_TRUE(QDir(folder.path()).entryList(QDir::Files).isEmpty()) << "nothing half-made";
 
-    connection.execute(QStringLiteral("CREATE TABLE t5(n NUMERIC(4,1),m MEMO);"));
-    EXPECT_NE(errorOf(QStringLiteral("CREATE TABLE T5(x DATE);")), 0) << "exists, any case";
+    connection.execute(u"CREATE TABLE t5(n NUMERIC(4,1),m MEMO);"_s);
+    EXPECT_NE(errorOf(u"CREATE TABLE T5(x DATE);"_s), 0) << "exists, any case";
 
     Recordset table;
-    table.open(QStringLiteral("t5"), connection, CursorType::Keyset, LockType::Optimistic,
+    table.open(u"t5"_s, connection, CursorType::Keyset, LockType::Optimistic,
                CommandType::TableDirect);
     table.addNew();
-    table.setValue(QStringLiteral("n"), 123456.0); // wider than N(4,1)
-    table.setValue(QStringLiteral("m"), QStringLiteral("must not be stored"));
+    table.setValue(u"n"_s, 123456.0); // wider than N(4,1)
+    table.setValue(u"m"_s, u"must not be stored"_s);
     EXPECT_THROW(table.update(), Error);
     table.cancelUpdate();
     table.addNew();
-    table.setValue(QStringLiteral("n"), 99.5);
+    table.setValue(u"n"_s, 99.5);
     table.update();
     EXPECT_THROW(table.deleteCurrent(), Error);
 
     Recordset missing;
     try {
-        missing.open(QStringLiteral("select * from nosuch"), connection);
+        missing.open(u"select * from nosuch"_s, connection);
         ADD_FAILURE() << "a missing table opened";
     } catch (const Error& error) {
         EXPECT_EQ(error.number(), ErrorNumber::TableNotFound);
     }
-    EXPECT_THROW(missing.open(QStringLiteral("select n from t5"), connection), Error);
+    EXPECT_THROW(missing.open(u"select n from t5"_s, connection), Error);
     connection.close();
 
-    EXPECT_EQ(headerRecordCount(fileBytes(path(QStringLiteral("t5.dbf")))), 1u);
+    EXPECT_EQ(headerRecordCount(fileBytes(path(u"t5.dbf"_s))), 1u);
     // The refused record left no memo behind: the memo file holds only its header.
-    EXPECT_EQ(fileBytes(path(QStringLiteral("t5.fpt"))).size(), 512);
+    EXPECT_EQ(fileBytes(path(u"t5.fpt"_s)).size(), 512);
 
     Connection noFolder;
-    EXPECT_THROW(noFolder.open(QStringLiteral("Provider=MSDASQL.1;SourceType=DBF;SourceDB=") +
-                               path(QStringLiteral("absent")) + QStringLiteral(";")),
+    EXPECT_THROW(noFolder.open(u"Provider=MSDASQL.1;SourceType=DBF;SourceDB="_s +
+                               path(u"absent"_s) + u";"_s),
                  Error);
-    EXPECT_THROW(noFolder.open(QStringLiteral("Provider=MSDASQL.1;SourceDB=") + folder.path()),
-                 Error);
+    EXPECT_THROW(noFolder.open(u"Provider=MSDASQL.1;SourceDB="_s + folder.path()), Error);
 }

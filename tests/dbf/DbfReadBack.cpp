@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::test {
 
 namespace {
@@ -27,13 +29,12 @@ print(json.dumps({
 
 // The system's interpreter first: the reader is a distribution package.
 QString interpreterWithReader() {
-    QStringList candidates{QStringLiteral("/usr/bin/python3")};
-    const QString onPath = QStandardPaths::findExecutable(QStringLiteral("python3"));
-    if (!onPath.isEmpty())
-        candidates << onPath;
-    for (const QString& candidate : candidates) {
+    for (const QString& candidate :
+         {u"/usr/bin/python3"_s, QStandardPaths::findExecutable(u"python3"_s)}) {
+        if (candidate.isEmpty())
+            continue;
         QProcess probe;
-        probe.start(candidate, {QStringLiteral("-c"), QStringLiteral("import dbfread")});
+        probe.start(candidate, {u"-c"_s, u"import dbfread"_s});
         if (probe.waitForFinished(30000) && probe.exitStatus() == QProcess::NormalExit &&
             probe.exitCode() == 0)
             return candidate;
@@ -49,14 +50,13 @@ const QString& interpreter() {
 } // namespace
 
 QString dbfreadUnavailable() {
-    return interpreter().isEmpty()
-               ? QStringLiteral("python3 with dbfread (python3-dbfread) is not installed")
-               : QString();
+    return interpreter().isEmpty() ? u"python3 with dbfread (python3-dbfread) is not installed"_s
+                                   : QString();
 }
 
 QJsonObject ReadBack::field(const QString& name) const {
     for (const QJsonValue& value : fields) {
-        if (value.toObject().value(QStringLiteral("name")).toString() == name)
+        if (value.toObject().value(u"name"_s).toString() == name)
             return value.toObject();
     }
     return {};
@@ -68,7 +68,7 @@ ReadBack readWithDbfread(const QString& path) {
     if (!result.skipReason.isEmpty())
         return result;
     QProcess process;
-    process.start(interpreter(), {QStringLiteral("-c"), QString::fromUtf8(readerScript), path});
+    process.start(interpreter(), {u"-c"_s, QString::fromUtf8(readerScript), path});
     if (!process.waitForFinished(60000) || process.exitCode() != 0) {
         result.error = QString::fromUtf8(process.readAllStandardError());
         return result;
@@ -80,8 +80,8 @@ ReadBack readWithDbfread(const QString& path) {
         result.error = parseError.errorString();
         return result;
     }
-    result.fields = document.object().value(QStringLiteral("fields")).toArray();
-    result.records = document.object().value(QStringLiteral("records")).toArray();
+    result.fields = document.object().value(u"fields"_s).toArray();
+    result.records = document.object().value(u"records"_s).toArray();
     result.ok = true;
     return result;
 }

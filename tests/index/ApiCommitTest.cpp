@@ -102,10 +102,9 @@ TEST_F(ApiCommitTest, TextsAreCutThenTrimmedAndEmptyValuesAreLeftOut) {
 TEST_F(ApiCommitTest, UserIdsAreReadUpToTheEmptyMarker) {
     // Straight after Init the collection is the single marker: nothing is handed over.
     ASSERT_TRUE(index->UpdateRecordAPI());
-    EXPECT_TRUE(spies.callsStartingWith("VXItemList.AddItem").isEmpty());
-    EXPECT_TRUE(spies.callsStartingWith("VXScanIndex.ExcludeUserIDList").isEmpty());
-    EXPECT_TRUE(spies.callsStartingWith("VXScanIndex.KeywordsList").isEmpty());
-    EXPECT_TRUE(spies.callsStartingWith("VXSecurity.AddItemSecurity").isEmpty());
+    for (const char* call : {"VXItemList.AddItem", "VXScanIndex.ExcludeUserIDList",
+                             "VXScanIndex.KeywordsList", "VXSecurity.AddItemSecurity"})
+        EXPECT_TRUE(spies.callsStartingWith(call).isEmpty()) << call;
     EXPECT_EQ(spies.callsStartingWith("VXSecurity.DeleteItemSecurity").size(), 1);
 
     spies.clearCalls();

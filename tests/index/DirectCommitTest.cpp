@@ -56,11 +56,10 @@ TEST_F(DirectCommitTest, WritesTheItemGroupAndKeywordRows) {
     EXPECT_EQ(item.value("username"), "alice");
     EXPECT_EQ(item.value("groupid").toInt(), sample.groupId());
     EXPECT_EQ(item.value("type").toInt(), 4);
+    for (const char* zero : {"lockcount", "attachment", "deleted"})
+        EXPECT_EQ(item.value(zero).toInt(), 0) << zero;
     EXPECT_EQ(item.value("description").toString(), "");
-    EXPECT_EQ(item.value("lockcount").toInt(), 0);
     EXPECT_EQ(item.value("tag"), " ");
-    EXPECT_EQ(item.value("attachment").toInt(), 0);
-    EXPECT_EQ(item.value("deleted").toInt(), 0);
     EXPECT_GE(item.value("idx_date").toDateTime(), before);
 
     const QVariantMap row = groupRow();

@@ -11,13 +11,6 @@ const char* const createCollation =
 const char* const createYesNo = "DO $$BEGIN CREATE DOMAIN yesno AS smallint; EXCEPTION WHEN "
                                 "duplicate_object THEN NULL; END$$";
 
-QStringList strings(std::initializer_list<const char*> texts) {
-    QStringList list;
-    for (const char* text : texts)
-        list << QString::fromUtf8(text);
-    return list;
-}
-
 TEST(PostgresDialect, RewritesQueriesAndLeavesLiteralsAlone) {
     const struct {
         const char* input;
@@ -72,43 +65,45 @@ TEST(PostgresDialect, RewritesQueriesAndLeavesLiteralsAlone) {
 
 TEST(PostgresDialect, CreatesNativeTypesAndKeepsDeclaredNames) {
     const PostgresDialect dialect;
-    EXPECT_EQ(dialect.rewriteStatements(QStringLiteral(
-                  "CREATE TABLE KTGroup ([Groupid] LONG,[Name] VARCHAR(25),[Notes] LONGTEXT,"
-                  "[Deleted] BIT, [Code] CHAR(4) NOT NULL, [Due] DATETIME, [Amount] CURRENCY, "
-                  "[id] COUNTER, [x] DOUBLE, [s] SHORT, [m] MEMO WITH COMPRESSION);")),
-              strings({createCollation, createYesNo,
-                       "CREATE TABLE KTGroup (\"groupid\" integer,\"name\" varchar(25) COLLATE "
-                       "nocase,\"notes\" text COLLATE nocase,\"deleted\" yesno, \"code\" char(4) "
-                       "COLLATE nocase NOT NULL, \"due\" timestamp(0), \"amount\" numeric(19,4), "
-                       "\"id\" serial, \"x\" double precision, \"s\" smallint, \"m\" text "
-                       "COLLATE nocase )",
-                       "COMMENT ON TABLE KTGroup IS 'KTGroup'",
-                       "COMMENT ON COLUMN KTGroup.\"groupid\" IS 'Groupid'",
-                       "COMMENT ON COLUMN KTGroup.\"name\" IS 'Name'",
-                       "COMMENT ON COLUMN KTGroup.\"notes\" IS 'Notes'",
-                       "COMMENT ON COLUMN KTGroup.\"deleted\" IS 'Deleted'",
-                       "COMMENT ON COLUMN KTGroup.\"code\" IS 'Code'",
-                       "COMMENT ON COLUMN KTGroup.\"due\" IS 'Due'",
-                       "COMMENT ON COLUMN KTGroup.\"amount\" IS 'Amount'"}));
+    EXPECT_EQ(
+        dialect.rewriteStatements(QStringLiteral(
+            "CREATE TABLE KTGroup ([Groupid] LONG,[Name] VARCHAR(25),[Notes] LONGTEXT,"
+            "[Deleted] BIT, [Code] CHAR(4) NOT NULL, [Due] DATETIME, [Amount] CURRENCY, "
+            "[id] COUNTER, [x] DOUBLE, [s] SHORT, [m] MEMO WITH COMPRESSION);")),
+        QStringList({createCollation, createYesNo,
+                     "CREATE TABLE KTGroup (\"groupid\" integer,\"name\" varchar(25) COLLATE "
+                     "nocase,\"notes\" text COLLATE nocase,\"deleted\" yesno, \"code\" char(4) "
+                     "COLLATE nocase NOT NULL, \"due\" timestamp(0), \"amount\" numeric(19,4), "
+                     "\"id\" serial, \"x\" double precision, \"s\" smallint, \"m\" text "
+                     "COLLATE nocase )",
+                     "COMMENT ON TABLE KTGroup IS 'KTGroup'",
+                     "COMMENT ON COLUMN KTGroup.\"groupid\" IS 'Groupid'",
+                     "COMMENT ON COLUMN KTGroup.\"name\" IS 'Name'",
+                     "COMMENT ON COLUMN KTGroup.\"notes\" IS 'Notes'",
+                     "COMMENT ON COLUMN KTGroup.\"deleted\" IS 'Deleted'",
+                     "COMMENT ON COLUMN KTGroup.\"code\" IS 'Code'",
+                     "COMMENT ON COLUMN KTGroup.\"due\" IS 'Due'",
+                     "COMMENT ON COLUMN KTGroup.\"amount\" IS 'Amount'"}));
 
     // Lower-case names need no comment; each statement of a text is rewritten on its own.
     EXPECT_EQ(dialect.rewriteStatements(QStringLiteral(
                   "CREATE TABLE a (x TEXT(3), [it's] LONG); UPDATE a SET a.x = 'y'")),
-              strings({createCollation,
-                       "CREATE TABLE a (x varchar(3) COLLATE nocase, \"it's\" "
-                       "integer)",
-                       "UPDATE a SET x = 'y'"}));
+              QStringList({createCollation,
+                           "CREATE TABLE a (x varchar(3) COLLATE nocase, \"it's\" "
+                           "integer)",
+                           "UPDATE a SET x = 'y'"}));
     EXPECT_EQ(
         dialect.rewriteStatements(QStringLiteral("ALTER TABLE KTItem ADD COLUMN [Extra] TEXT(30)")),
-        strings({createCollation,
-                 "ALTER TABLE KTItem ADD COLUMN \"extra\" varchar(30) COLLATE nocase",
-                 "COMMENT ON COLUMN KTItem.\"extra\" IS 'Extra'"}));
+        QStringList({createCollation,
+                     "ALTER TABLE KTItem ADD COLUMN \"extra\" varchar(30) COLLATE nocase",
+                     "COMMENT ON COLUMN KTItem.\"extra\" IS 'Extra'"}));
 
     // A server without ICU: text keeps the server's collation, LIKE still ignores case.
     const PostgresDialect withoutIcu(false);
-    EXPECT_EQ(withoutIcu.rewriteStatements(
-                  QStringLiteral("CREATE TABLE t ([a] TEXT(5), [b] YESNO, [c] LONGTEXT)")),
-              strings({createYesNo, "CREATE TABLE t (\"a\" varchar(5), \"b\" yesno, \"c\" text)"}));
+    EXPECT_EQ(
+        withoutIcu.rewriteStatements(
+            QStringLiteral("CREATE TABLE t ([a] TEXT(5), [b] YESNO, [c] LONGTEXT)")),
+        QStringList({createYesNo, "CREATE TABLE t (\"a\" varchar(5), \"b\" yesno, \"c\" text)"}));
     EXPECT_EQ(withoutIcu.rewrite(QStringLiteral("SELECT * FROM t WHERE a LIKE 'x%'")).toStdString(),
               "SELECT * FROM t WHERE a ILIKE 'x%'");
 }

@@ -1,9 +1,18 @@
 #include "PostgresFixture.h"
 
+using namespace Qt::StringLiterals;
+
 namespace vx::test {
 namespace {
 
 using PostgresSelect = PostgresFixture;
+
+QString columnNames(const RowStore& rows) {
+    QStringList names;
+    for (const auto& column : rows.columns())
+        names << column.name;
+    return names.join(u'|');
+}
 
 TEST_F(PostgresSelect, JetTablesGiveFieldTypesSizesAndValues) {
     driver->execute(QStringLiteral(
@@ -13,8 +22,8 @@ TEST_F(PostgresSelect, JetTablesGiveFieldTypesSizesAndValues) {
     driver->execute(QStringLiteral(
         "INSERT INTO Typed (a, b, c, d, e, f, g, h, i, j, k, m, mixed) VALUES (70000, -3, 2.5, "
         "19.99, #03/15/2024 10:30:00#, TRUE, 'abc', 'fixed', 'long', 'memo', 'short', FALSE, 1)"));
-    driver->execute(QStringLiteral("INSERT INTO Typed (a) VALUES (NULL)"));
-    const auto rows = driver->select(QStringLiteral("SELECT * FROM typed ORDER BY n"));
+    driver->execute(u"INSERT INTO Typed (a) VALUES (NULL)"_s);
+    const auto rows = driver->select(u"SELECT * FROM typed ORDER BY n"_s);
     const struct {
         DataType type;
         qint32 size;
@@ -92,32 +101,27 @@ TEST_F(PostgresSelect, NativeAndComputedColumnsMapFromTheirTypes) {
 }
 
 TEST_F(PostgresSelect, KeysRepeatedNamesAndTableDirectOpens) {
-    driver->execute(QStringLiteral("CREATE TABLE Invoices ([itemid] LONG, [Customer] TEXT(50))"));
-    driver->execute(
-        QStringLiteral("CREATE UNIQUE INDEX pk_index ON Invoices (itemid) WITH PRIMARY"));
-    driver->execute(QStringLiteral("CREATE TABLE KTItem ([itemid] LONG, [username] TEXT(50))"));
-    driver->execute(QStringLiteral("CREATE UNIQUE INDEX pk_index ON KTItem (itemid) WITH PRIMARY"));
-    driver->execute(QStringLiteral("CREATE TABLE loose (id LONG, v LONG)"));
-    driver->execute(QStringLiteral("INSERT INTO Invoices VALUES (1, 'Acme')"));
-    driver->execute(QStringLiteral("INSERT INTO ktitem VALUES (1, 'bob')"));
+    driver->execute(u"CREATE TABLE Invoices ([itemid] LONG, [Customer] TEXT(50))"_s);
+    driver->execute(u"CREATE UNIQUE INDEX pk_index ON Invoices (itemid) WITH PRIMARY"_s);
+    driver->execute(u"CREATE TABLE KTItem ([itemid] LONG, [username] TEXT(50))"_s);
+    driver->execute(u"CREATE UNIQUE INDEX pk_index ON KTItem (itemid) WITH PRIMARY"_s);
+    driver->execute(u"CREATE TABLE loose (id LONG, v LONG)"_s);
+    driver->execute(u"INSERT INTO Invoices VALUES (1, 'Acme')"_s);
+    driver->execute(u"INSERT INTO ktitem VALUES (1, 'bob')"_s);
 
     const auto rows = driver->select(QStringLiteral(
         "SELECT * FROM Invoices INNER JOIN ktitem ON Invoices.itemid = ktitem.itemid"));
-    QStringList names;
-    for (const auto& column : rows->columns())
-        names << column.name;
-    EXPECT_EQ(names, (QStringList{QStringLiteral("Invoices.itemid"), QStringLiteral("Customer"),
-                                  QStringLiteral("ktitem.itemid"), QStringLiteral("username")}));
+    EXPECT_EQ(columnNames(*rows), u"Invoices.itemid|Customer|ktitem.itemid|username");
     EXPECT_EQ(rows->columns()[2].baseTable, u"KTItem");
     EXPECT_TRUE(rows->columns()[0].keyColumn);
     EXPECT_FALSE(rows->columns()[1].keyColumn);
 
-    for (const QString& spelling : {QStringLiteral("KTITEM"), QStringLiteral("[KTItem]")}) {
+    for (const QString& spelling : {u"KTITEM"_s, u"[KTItem]"_s}) {
         const auto table = driver->selectTable(spelling);
         EXPECT_EQ(table->rowCount(), 1);
         EXPECT_EQ(table->columns()[1].baseTable, u"KTItem");
     }
-    EXPECT_FALSE(driver->selectTable(QStringLiteral("loose"))->columns()[0].keyColumn);
+    EXPECT_FALSE(driver->selectTable(u"loose"_s)->columns()[0].keyColumn);
 }
 
 TEST_F(PostgresSelect, TextComparesSortsAndMatchesWithoutRegardToCase) {
@@ -130,16 +134,16 @@ TEST_F(PostgresSelect, TextComparesSortsAndMatchesWithoutRegardToCase) {
                                           "OR notes IN ('BLUE')"))
                   ->rowCount(),
               2);
-    const auto sorted = driver->select(QStringLiteral("SELECT * FROM KTUsers ORDER BY username"));
+    const auto sorted = driver->select(u"SELECT * FROM KTUsers ORDER BY username"_s);
     ASSERT_EQ(sorted->rowCount(), 3);
     EXPECT_EQ(sorted->value(0, 1).toString(), u"alice");
     EXPECT_EQ(sorted->value(2, 1).toString(), u"Carol");
-    const auto matched = driver->select(
-        QStringLiteral("SELECT * FROM KTUsers WHERE username LIKE 'B%' OR Notes LIKE '%LU%'"));
+    const auto matched =
+        driver->select(u"SELECT * FROM KTUsers WHERE username LIKE 'B%' OR Notes LIKE '%LU%'"_s);
     EXPECT_EQ(matched->rowCount(), 2);
     // Grouping and distinct see one value in any letter case.
-    driver->execute(QStringLiteral("INSERT INTO KTUsers VALUES (4, 'BOB', '')"));
-    EXPECT_EQ(count(QStringLiteral("SELECT count(DISTINCT username) FROM KTUsers")), 3);
+    driver->execute(u"INSERT INTO KTUsers VALUES (4, 'BOB', '')"_s);
+    EXPECT_EQ(count(u"SELECT count(DISTINCT username) FROM KTUsers"_s), 3);
 }
 
 TEST_F(PostgresSelect, TheControlsStatementsRunAsWritten) {
@@ -167,20 +171,16 @@ TEST_F(PostgresSelect, TheControlsStatementsRunAsWritten) {
         "select [itemid] AS [Item ID], [Version], [fname] AS [File Name], [idx_date] AS "
         "[Index Date], [volume] AS [Volume Name], [username] AS [User Name], [res_desc] AS "
         "[Modified], [rel_desc] AS [Description] from KTRevision where itemid= 1"));
-    QStringList names;
-    for (const auto& column : versions->columns())
-        names << column.name;
-    EXPECT_EQ(names.join(u'|'), u"Item ID|Version|File Name|Index Date|Volume Name|User Name|"
-                                "Modified|Description");
+    EXPECT_EQ(columnNames(*versions),
+              u"Item ID|Version|File Name|Index Date|Volume Name|User Name|Modified|Description");
     EXPECT_EQ(versions->rowCount(), 1);
 
     // Replace All: a table-qualified SET target, matching "acme" in any letter case.
     const QString condition = QStringLiteral(
         " WHERE Invoices.Customer='ACME' AND itemid IN (SELECT Invoices.itemid FROM KTITEM, "
         "Invoices WHERE KTItem.itemid = Invoices.itemid)");
-    EXPECT_EQ(driver->select(QStringLiteral("SELECT * FROM Invoices") + condition)->rowCount(), 1);
-    EXPECT_EQ(driver->execute(QStringLiteral("UPDATE Invoices SET Invoices.Customer='Acme Ltd'") +
-                              condition),
+    EXPECT_EQ(driver->select(u"SELECT * FROM Invoices"_s + condition)->rowCount(), 1);
+    EXPECT_EQ(driver->execute(u"UPDATE Invoices SET Invoices.Customer='Acme Ltd'"_s + condition),
               1);
 
     // The export's join names the repeated item ids by table.
@@ -189,12 +189,11 @@ TEST_F(PostgresSelect, TheControlsStatementsRunAsWritten) {
                        "ktfile,ktitem,Invoices where ktfile.itemid =Invoices.itemid and "
                        "ktfile.itemid=ktitem.itemid and ktfile.itemid= 1"));
     ASSERT_EQ(exported->rowCount(), 1);
-    EXPECT_EQ(exported->value(0, indexOf(*exported, QStringLiteral("Invoices.itemid"))).toInt(), 1);
-    EXPECT_EQ(exported->value(0, indexOf(*exported, QStringLiteral("Customer"))).toString(),
-              u"Acme Ltd");
-    EXPECT_EQ(exported->value(0, indexOf(*exported, QStringLiteral("Paid"))), QVariant(true));
-    indexOf(*exported, QStringLiteral("ktfile.itemid"));
-    indexOf(*exported, QStringLiteral("ktitem.itemid"));
+    EXPECT_EQ(exported->value(0, indexOf(*exported, u"Invoices.itemid"_s)).toInt(), 1);
+    EXPECT_EQ(exported->value(0, indexOf(*exported, u"Customer"_s)).toString(), u"Acme Ltd");
+    EXPECT_EQ(exported->value(0, indexOf(*exported, u"Paid"_s)), QVariant(true));
+    indexOf(*exported, u"ktfile.itemid"_s);
+    indexOf(*exported, u"ktitem.itemid"_s);
     EXPECT_EQ(driver
                   ->select(QStringLiteral("select * from KTItem where deleted = False and "
                                           "idx_date >= #03/15/2024#"))
@@ -203,50 +202,45 @@ TEST_F(PostgresSelect, TheControlsStatementsRunAsWritten) {
 }
 
 TEST_F(PostgresSelect, FailuresKeepTheWellKnownNumbers) {
-    const QString missing = postgresErrorOf(
-        [&] { driver->select(QStringLiteral("SELECT * FROM KTRevision WHERE itemid = 1")); },
-        ErrorNumber::TableNotFound);
+    const QString missing =
+        postgresErrorOf([&] { driver->select(u"SELECT * FROM KTRevision WHERE itemid = 1"_s); },
+                        ErrorNumber::TableNotFound);
     EXPECT_EQ(missing, u"The database engine cannot find the input table or query 'KTRevision'. "
                        "Make sure it exists and that its name is spelled correctly.");
-    const QString direct =
-        postgresErrorOf([&] { driver->selectTable(QStringLiteral("InvoicesCustomerHints")); },
-                        ErrorNumber::TableNotFound);
+    const QString direct = postgresErrorOf([&] { driver->selectTable(u"InvoicesCustomerHints"_s); },
+                                           ErrorNumber::TableNotFound);
     EXPECT_TRUE(direct.contains(u"'InvoicesCustomerHints'")) << direct.toStdString();
-    postgresErrorOf([&] { driver->select(QStringLiteral("SELEC * FROM x")); },
-                    ErrorNumber::SyntaxError);
-    driver->execute(QStringLiteral("CREATE TABLE k ([id] LONG, [s] TEXT(3))"));
-    driver->execute(QStringLiteral("CREATE UNIQUE INDEX pk_index ON k (id) WITH PRIMARY"));
-    driver->execute(QStringLiteral("INSERT INTO k VALUES (1, 'a')"));
-    postgresErrorOf([&] { driver->execute(QStringLiteral("INSERT INTO k VALUES (1, 'b')")); },
+    postgresErrorOf([&] { driver->select(u"SELEC * FROM x"_s); }, ErrorNumber::SyntaxError);
+    driver->execute(u"CREATE TABLE k ([id] LONG, [s] TEXT(3))"_s);
+    driver->execute(u"CREATE UNIQUE INDEX pk_index ON k (id) WITH PRIMARY"_s);
+    driver->execute(u"INSERT INTO k VALUES (1, 'a')"_s);
+    postgresErrorOf([&] { driver->execute(u"INSERT INTO k VALUES (1, 'b')"_s); },
                     ErrorNumber::IntegrityViolation);
-    postgresErrorOf([&] { driver->select(QStringLiteral("SELECT nothere FROM k")); },
+    postgresErrorOf([&] { driver->select(u"SELECT nothere FROM k"_s); },
                     ErrorNumber::ColumnNotFound);
-    postgresErrorOf([&] { driver->execute(QStringLiteral("INSERT INTO k VALUES (2, 'long')")); },
+    postgresErrorOf([&] { driver->execute(u"INSERT INTO k VALUES (2, 'long')"_s); },
                     ErrorNumber::ValueDoesNotFit);
-    postgresErrorOf([&] { driver->select(QStringLiteral("SELECT 1; SELECT 2")); },
-                    ErrorNumber::SyntaxError);
+    postgresErrorOf([&] { driver->select(u"SELECT 1; SELECT 2"_s); }, ErrorNumber::SyntaxError);
     // None of it broke the connection.
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM k")), 1);
+    EXPECT_EQ(count(u"SELECT count(*) FROM k"_s), 1);
 }
 
 TEST_F(PostgresSelect, OpensWithThePasswordGivenSeparatelyAndReportsRefusals) {
     PostgresServer& server = PostgresServer::instance();
-    const QString database =
-        ConnectionProperties::parse(initString).value(QStringLiteral("Database"));
+    const QString database = ConnectionProperties::parse(initString).value(u"Database"_s);
     const ConnectionProperties withoutPassword =
         ConnectionProperties::parse(server.initStringWithoutPassword(database));
     PostgresDriver separate;
     separate.open(withoutPassword, {}, server.password());
     EXPECT_TRUE(separate.isOpen());
-    EXPECT_EQ(separate.select(QStringLiteral("SELECT 1"))->value(0, 0).toInt(), 1);
+    EXPECT_EQ(separate.select(u"SELECT 1"_s)->value(0, 0).toInt(), 1);
 
     PostgresDriver refused;
-    const QString message =
-        postgresErrorOf([&] { refused.open(withoutPassword, {}, QStringLiteral("wrong")); },
-                        ErrorNumber::Unspecified);
+    const QString message = postgresErrorOf([&] { refused.open(withoutPassword, {}, u"wrong"_s); },
+                                            ErrorNumber::Unspecified);
     EXPECT_TRUE(message.contains(u"password")) << message.toStdString();
     EXPECT_FALSE(refused.isOpen());
-    postgresErrorOf([&] { refused.select(QStringLiteral("SELECT 1")); }, ErrorNumber::ObjectClosed);
+    postgresErrorOf([&] { refused.select(u"SELECT 1"_s); }, ErrorNumber::ObjectClosed);
 }
 
 } // namespace

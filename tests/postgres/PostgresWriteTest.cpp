@@ -1,6 +1,8 @@
 #include "PostgresFixture.h"
 #include "data/Recordset.h"
 
+using namespace Qt::StringLiterals;
+
 namespace vx::test {
 namespace {
 
@@ -12,16 +14,16 @@ protected:
             return;
         driver->execute(QStringLiteral("CREATE TABLE Words ([ID] COUNTER, [Word] VARCHAR(20), "
                                        "[Used] YESNO, [Added] DATETIME, [Score] DOUBLE)"));
-        driver->execute(QStringLiteral("CREATE UNIQUE INDEX pk_index ON Words (ID) WITH PRIMARY"));
+        driver->execute(u"CREATE UNIQUE INDEX pk_index ON Words (ID) WITH PRIMARY"_s);
         driver->execute(QStringLiteral("INSERT INTO Words (Word, Used, Added, Score) VALUES "
                                        "('pear', 0, #01/02/2024#, 0.1), ('Apple', -1, NULL, 2)"));
-        driver->execute(QStringLiteral("CREATE TABLE loose ([a] LONG, [b] VARCHAR(10), [r] REAL)"));
+        driver->execute(u"CREATE TABLE loose ([a] LONG, [b] VARCHAR(10), [r] REAL)"_s);
         driver->execute(QStringLiteral("INSERT INTO loose VALUES (1, 'same', 1.1), "
                                        "(1, 'same', 1.1), (1, 'SAME', 1.1)"));
     }
 
     QStringList words(Driver& reader) {
-        const auto rows = reader.select(QStringLiteral("SELECT Word FROM Words ORDER BY ID"));
+        const auto rows = reader.select(u"SELECT Word FROM Words ORDER BY ID"_s);
         QStringList list;
         for (qsizetype row = 0; row < rows->rowCount(); ++row)
             list << rows->value(row, 0).toString();
@@ -31,45 +33,35 @@ protected:
 
 TEST_F(PostgresWrite, RowsAreWrittenBackByKeyOrPosition) {
     const QVariant id = driver->insertRow(
-        QStringLiteral("Words"),
-        {QStringLiteral("Word"), QStringLiteral("Used"), QStringLiteral("Added")},
-        {QStringLiteral("kiwi"), qint64(-1), QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9))},
-        QStringLiteral("ID"));
+        u"Words"_s, {u"Word"_s, u"Used"_s, u"Added"_s},
+        {u"kiwi"_s, qint64(-1), QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9))}, u"ID"_s);
     EXPECT_EQ(id, QVariant(3));
-    EXPECT_EQ(driver->updateRow(QStringLiteral("words"), {QStringLiteral("word")},
-                                {QStringLiteral("plum")}, {QStringLiteral("id")}, {1}),
-              1);
-    EXPECT_EQ(driver->deleteRow(QStringLiteral("WORDS"), {QStringLiteral("ID")}, {2}), 1);
-    EXPECT_EQ(words(*driver), (QStringList{QStringLiteral("plum"), QStringLiteral("kiwi")}));
-    const auto kiwi = driver->select(QStringLiteral("SELECT * FROM Words WHERE ID = 3"));
+    EXPECT_EQ(driver->updateRow(u"words"_s, {u"word"_s}, {u"plum"_s}, {u"id"_s}, {1}), 1);
+    EXPECT_EQ(driver->deleteRow(u"WORDS"_s, {u"ID"_s}, {2}), 1);
+    EXPECT_EQ(words(*driver), (QStringList{u"plum"_s, u"kiwi"_s}));
+    const auto kiwi = driver->select(u"SELECT * FROM Words WHERE ID = 3"_s);
     EXPECT_EQ(kiwi->value(0, 2), QVariant(true));
     EXPECT_EQ(kiwi->value(0, 3).toDateTime(), QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9)));
 
     // Without a key only the first row with all the original values changes, and text compares
     // exactly: the case-blind collation must not pick "same" for "SAME".
-    const QStringList all{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("r")};
-    const auto loose = driver->selectTable(QStringLiteral("loose"));
+    const QStringList all{u"a"_s, u"b"_s, u"r"_s};
+    const auto loose = driver->selectTable(u"loose"_s);
     auto original = [&](qsizetype row) {
         return QVariantList{loose->value(row, 0), loose->value(row, 1), loose->value(row, 2)};
     };
     ASSERT_EQ(loose->value(2, 1).toString(), u"SAME");
-    EXPECT_EQ(driver->deleteRow(QStringLiteral("loose"), all, original(2)), 1);
-    EXPECT_EQ(driver->updateRow(QStringLiteral("loose"), {QStringLiteral("b")},
-                                {QStringLiteral("other")}, all, original(0)),
-              1);
-    const auto left = driver->select(QStringLiteral("SELECT b FROM loose ORDER BY b"));
+    EXPECT_EQ(driver->deleteRow(u"loose"_s, all, original(2)), 1);
+    EXPECT_EQ(driver->updateRow(u"loose"_s, {u"b"_s}, {u"other"_s}, all, original(0)), 1);
+    const auto left = driver->select(u"SELECT b FROM loose ORDER BY b"_s);
     ASSERT_EQ(left->rowCount(), 2);
     EXPECT_EQ(left->value(0, 0).toString(), u"other");
     EXPECT_EQ(left->value(1, 0).toString(), u"same");
-    EXPECT_EQ(driver->deleteRow(QStringLiteral("loose"), all, {1, QStringLiteral("none"), 1.1}), 0);
+    EXPECT_EQ(driver->deleteRow(u"loose"_s, all, {1, u"none"_s, 1.1}), 0);
 
-    postgresErrorOf(
-        [&] {
-            driver->updateRow(QStringLiteral("Words"), {QStringLiteral("nope")}, {1},
-                              {QStringLiteral("ID")}, {1});
-        },
-        ErrorNumber::ColumnNotFound);
-    postgresErrorOf([&] { driver->deleteRow(QStringLiteral("Gone"), {QStringLiteral("ID")}, {1}); },
+    postgresErrorOf([&] { driver->updateRow(u"Words"_s, {u"nope"_s}, {1}, {u"ID"_s}, {1}); },
+                    ErrorNumber::ColumnNotFound);
+    postgresErrorOf([&] { driver->deleteRow(u"Gone"_s, {u"ID"_s}, {1}); },
                     ErrorNumber::TableNotFound);
 }
 
@@ -77,20 +69,19 @@ TEST_F(PostgresWrite, RecordsetEditsReachTheTable) {
     Connection connection = connect();
     EXPECT_EQ(connection.providerName(), u"PostgreSQL");
     Recordset set;
-    set.open(QStringLiteral("select * from Words"), connection, CursorType::Keyset,
-             LockType::Optimistic);
+    set.open(u"select * from Words"_s, connection, CursorType::Keyset, LockType::Optimistic);
     ASSERT_TRUE(set.supports(CursorOption::Update));
-    EXPECT_EQ(set.field(QStringLiteral("word")).definedSize(), 20);
-    set.setSort(QStringLiteral("Word"));
-    EXPECT_EQ(set.value(QStringLiteral("Word")), QVariant(QStringLiteral("Apple")));
-    set.setValue(QStringLiteral("Word"), QStringLiteral("Quince"));
-    set.setValue(QStringLiteral("Used"), false);
+    EXPECT_EQ(set.field(u"word"_s).definedSize(), 20);
+    set.setSort(u"Word"_s);
+    EXPECT_EQ(set.value(u"Word"_s), QVariant(u"Apple"_s));
+    set.setValue(u"Word"_s, u"Quince"_s);
+    set.setValue(u"Used"_s, false);
     set.update();
     set.addNew();
-    set.setValue(QStringLiteral("Word"), QStringLiteral("fig"));
-    set.setValue(QStringLiteral("Added"), QStringLiteral("2024-05-06"));
+    set.setValue(u"Word"_s, u"fig"_s);
+    set.setValue(u"Added"_s, u"2024-05-06"_s);
     set.update();
-    EXPECT_EQ(set.value(QStringLiteral("ID")).toInt(), 3); // the engine's number comes back
+    EXPECT_EQ(set.value(u"ID"_s).toInt(), 3); // the engine's number comes back
 
     set.requery();
     EXPECT_EQ(set.recordCount(), 3);
@@ -103,45 +94,39 @@ TEST_F(PostgresWrite, RecordsetEditsReachTheTable) {
 
 TEST_F(PostgresWrite, TransactionsNestAndSurviveFailedStatements) {
     driver->beginTransaction();
-    driver->execute(QStringLiteral("INSERT INTO Words (Word) VALUES ('outer')"));
+    driver->execute(u"INSERT INTO Words (Word) VALUES ('outer')"_s);
     driver->beginTransaction();
     EXPECT_EQ(driver->transactionLevel(), 2);
-    driver->insertRow(QStringLiteral("Words"), {QStringLiteral("Word")}, {QStringLiteral("inner")},
-                      QStringLiteral("ID"));
+    driver->insertRow(u"Words"_s, {u"Word"_s}, {u"inner"_s}, u"ID"_s);
     driver->rollbackTransaction();
     // A failing statement undoes only itself, as in the old engine.
-    postgresErrorOf([&] { driver->execute(QStringLiteral("INSERT INTO Missing VALUES (1)")); },
+    postgresErrorOf([&] { driver->execute(u"INSERT INTO Missing VALUES (1)"_s); },
                     ErrorNumber::TableNotFound);
-    postgresErrorOf([&] { driver->select(QStringLiteral("SELECT * FROM Missing")); },
+    postgresErrorOf([&] { driver->select(u"SELECT * FROM Missing"_s); },
                     ErrorNumber::TableNotFound);
-    driver->execute(QStringLiteral("UPDATE Words SET Words.Score = 9 WHERE Word = 'outer'"));
+    driver->execute(u"UPDATE Words SET Words.Score = 9 WHERE Word = 'outer'"_s);
     driver->commitTransaction();
     EXPECT_EQ(driver->transactionLevel(), 0);
-    EXPECT_EQ(words(*driver), (QStringList{QStringLiteral("pear"), QStringLiteral("Apple"),
-                                           QStringLiteral("outer")}));
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM Words WHERE Score = 9")), 1);
+    EXPECT_EQ(words(*driver), (QStringList{u"pear"_s, u"Apple"_s, u"outer"_s}));
+    EXPECT_EQ(count(u"SELECT count(*) FROM Words WHERE Score = 9"_s), 1);
 
     // Rolled back as a whole, and through the RAII guard.
     driver->beginTransaction();
-    driver->execute(QStringLiteral("DELETE FROM Words"));
+    driver->execute(u"DELETE FROM Words"_s);
     driver->rollbackTransaction();
     {
         Connection connection = connect();
         Transaction transaction(connection);
-        connection.execute(QStringLiteral("DELETE FROM Words"));
+        connection.execute(u"DELETE FROM Words"_s);
     }
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM Words")), 3);
+    EXPECT_EQ(count(u"SELECT count(*) FROM Words"_s), 3);
     postgresErrorOf([&] { driver->commitTransaction(); }, ErrorNumber::Unspecified);
 
     // Several statements of one text take effect together or not at all.
     postgresErrorOf(
-        [&] {
-            driver->execute(
-                QStringLiteral("CREATE TABLE half (x LONG); INSERT INTO nowhere VALUES (1)"));
-        },
+        [&] { driver->execute(u"CREATE TABLE half (x LONG); INSERT INTO nowhere VALUES (1)"_s); },
         ErrorNumber::TableNotFound);
-    postgresErrorOf([&] { driver->select(QStringLiteral("SELECT * FROM half")); },
-                    ErrorNumber::TableNotFound);
+    postgresErrorOf([&] { driver->select(u"SELECT * FROM half"_s); }, ErrorNumber::TableNotFound);
 }
 
 TEST_F(PostgresWrite, TwoConnectionsShareTheTableWithoutLosingWrites) {
@@ -149,24 +134,17 @@ TEST_F(PostgresWrite, TwoConnectionsShareTheTableWithoutLosingWrites) {
     const auto editor = openDriver();
     writer->beginTransaction();
     for (int i = 0; i < 50; ++i)
-        writer->insertRow(QStringLiteral("Words"), {QStringLiteral("Word")},
-                          {QStringLiteral("w%1").arg(i)}, QStringLiteral("ID"));
+        writer->insertRow(u"Words"_s, {u"Word"_s}, {u"w%1"_s.arg(i)}, u"ID"_s);
     // The other connection is not held up by the open transaction and does not see its rows.
-    EXPECT_EQ(editor->updateRow(QStringLiteral("Words"), {QStringLiteral("Score")}, {7.5},
-                                {QStringLiteral("ID")}, {1}),
-              1);
-    EXPECT_EQ(editor->select(QStringLiteral("SELECT * FROM Words"))->rowCount(), 2);
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM Words WHERE Score = 7.5")), 1);
+    EXPECT_EQ(editor->updateRow(u"Words"_s, {u"Score"_s}, {7.5}, {u"ID"_s}, {1}), 1);
+    EXPECT_EQ(editor->select(u"SELECT * FROM Words"_s)->rowCount(), 2);
+    EXPECT_EQ(count(u"SELECT count(*) FROM Words WHERE Score = 7.5"_s), 1);
     // Each side sees the other's work once it is committed.
-    EXPECT_EQ(writer->select(QStringLiteral("SELECT Score FROM Words WHERE ID = 1"))
-                  ->value(0, 0)
-                  .toDouble(),
+    EXPECT_EQ(writer->select(u"SELECT Score FROM Words WHERE ID = 1"_s)->value(0, 0).toDouble(),
               7.5);
     writer->commitTransaction();
-    EXPECT_EQ(editor->select(QStringLiteral("SELECT * FROM Words"))->rowCount(), 52);
-    EXPECT_EQ(editor->updateRow(QStringLiteral("Words"), {QStringLiteral("Word")},
-                                {QStringLiteral("edited")}, {QStringLiteral("ID")}, {52}),
-              1);
+    EXPECT_EQ(editor->select(u"SELECT * FROM Words"_s)->rowCount(), 52);
+    EXPECT_EQ(editor->updateRow(u"Words"_s, {u"Word"_s}, {u"edited"_s}, {u"ID"_s}, {52}), 1);
     const auto rows = writer->select(QStringLiteral("SELECT Word, Score FROM Words WHERE ID "
                                                     "IN (1, 52) ORDER BY ID"));
     ASSERT_EQ(rows->rowCount(), 2);

@@ -17,6 +17,8 @@
 #include <gtest/gtest.h>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace vx::test {
 namespace {
 
@@ -52,7 +54,7 @@ protected:
         options.server = server;
         sample->result = repo::createSample(sample->folder.path(), options);
         // As the controls connect: through the group's data-link file.
-        sample->connection.open(QStringLiteral("File Name=") + sample->result.dataLinkPath);
+        sample->connection.open(u"File Name="_s + sample->result.dataLinkPath);
         return sample;
     }
 
@@ -111,12 +113,12 @@ protected:
 
 TEST_F(SampleParity, ServerSampleWritesFilesThatNameTheServer) {
     const ConnectionProperties group = readDataLinkFile(postgres->result.dataLinkPath);
-    EXPECT_EQ(group.value(QStringLiteral("Provider")), u"PostgreSQL");
-    EXPECT_EQ(group.value(QStringLiteral("Database")),
-              ConnectionProperties::parse(serverInit).value(QStringLiteral("Database")));
+    EXPECT_EQ(group.value(u"Provider"_s), u"PostgreSQL");
+    EXPECT_EQ(group.value(u"Database"_s),
+              ConnectionProperties::parse(serverInit).value(u"Database"_s));
     const ConnectionProperties repository = readDataLinkFile(
         repo::Repository::dataLinkPath(postgres->result.dir, repo::Repository::DefaultName));
-    EXPECT_EQ(repository.value(QStringLiteral("Provider")), u"PostgreSQL");
+    EXPECT_EQ(repository.value(u"Provider"_s), u"PostgreSQL");
     // No database file in DIR; the documents still are there.
     EXPECT_FALSE(QFileInfo::exists(
         repo::Repository::databasePath(postgres->result.dir, repo::Repository::DefaultName)));
@@ -127,14 +129,11 @@ TEST_F(SampleParity, ServerSampleWritesFilesThatNameTheServer) {
 
 TEST_F(SampleParity, TablesHoldTheSameNumberOfRows) {
     // Counts are 32-bit integers on both engines, as the controls expect.
-    for (const QString& table :
-         {QStringLiteral("KTItem"), QStringLiteral("KTFile"), QStringLiteral("KTGroup"),
-          QStringLiteral("KTUsers"), QStringLiteral("KTPath"), QStringLiteral("KTRevision"),
-          QStringLiteral("KTSecurity"), QStringLiteral("keywords"), QStringLiteral("dictionary"),
-          QStringLiteral("Invoices"),
-          hintTableName(QStringLiteral("Invoices"), QStringLiteral("Customer")),
-          hintTableName(QStringLiteral("Invoices"), QStringLiteral("Categories"))})
-        expectSameRows(QStringLiteral("SELECT COUNT(*) AS [rows] FROM [%1]").arg(table));
+    for (const QString& table : {u"KTItem"_s, u"KTFile"_s, u"KTGroup"_s, u"KTUsers"_s, u"KTPath"_s,
+                                 u"KTRevision"_s, u"KTSecurity"_s, u"keywords"_s, u"dictionary"_s,
+                                 u"Invoices"_s, hintTableName(u"Invoices"_s, u"Customer"_s),
+                                 hintTableName(u"Invoices"_s, u"Categories"_s)})
+        expectSameRows(u"SELECT COUNT(*) AS [rows] FROM [%1]"_s.arg(table));
 }
 
 TEST_F(SampleParity, HitListJoinsGiveTheSameRows) {
@@ -142,16 +141,15 @@ TEST_F(SampleParity, HitListJoinsGiveTheSameRows) {
         "SELECT * FROM Invoices, KTItem WHERE Invoices.itemid = KTItem.itemid AND %1 "
         "ORDER BY Invoices.itemid");
     const QString customer = repo::sample::customers().first();
-    expectSameRows(join.arg(QStringLiteral("KTItem.deleted = 0")), ParityDocuments / 2);
-    expectSameRows(join.arg(QStringLiteral("[Invoices].[Customer] = '%1'").arg(customer)));
+    expectSameRows(join.arg(u"KTItem.deleted = 0"_s), ParityDocuments / 2);
+    expectSameRows(join.arg(u"[Invoices].[Customer] = '%1'"_s.arg(customer)));
     // Text compared without regard to case on both engines.
-    expectSameRows(
-        join.arg(QStringLiteral("[Customer] LIKE '%1%'").arg(customer.left(3).toLower())));
-    expectSameRows(join.arg(QStringLiteral("[Amount] > 500 AND [Amount] <= 2000")));
+    expectSameRows(join.arg(u"[Customer] LIKE '%1%'"_s.arg(customer.left(3).toLower())));
+    expectSameRows(join.arg(u"[Amount] > 500 AND [Amount] <= 2000"_s));
     expectSameRows(join.arg(QStringLiteral("[InvoiceDate] >= #06/01/2022# AND [InvoiceDate] < "
                                            "#01/01/2023#")));
-    expectSameRows(join.arg(QStringLiteral("[Paid] = -1")));
-    expectSameRows(join.arg(QStringLiteral("[Paid] = False AND KTItem.attachment = True")));
+    expectSameRows(join.arg(u"[Paid] = -1"_s));
+    expectSameRows(join.arg(u"[Paid] = False AND KTItem.attachment = True"_s));
 }
 
 TEST_F(SampleParity, KeywordSecurityAndVersionQueriesGiveTheSameRows) {
@@ -162,7 +160,7 @@ TEST_F(SampleParity, KeywordSecurityAndVersionQueriesGiveTheSameRows) {
     expectSameRows(QStringLiteral("SELECT DISTINCT KTItem.itemid, KTItem.description FROM KTItem, "
                                   "keywords WHERE KTItem.itemid = keywords.itemid AND keyword "
                                   "IN ('%1') ORDER BY KTItem.itemid")
-                       .arg(keywords.join(QStringLiteral("', '"))));
+                       .arg(keywords.join(u"', '"_s)));
     expectSameRows(QStringLiteral("SELECT * FROM Invoices, KTItem WHERE Invoices.itemid = "
                                   "KTItem.itemid AND ktitem.itemid NOT IN (SELECT itemid FROM "
                                   "KTSecurity WHERE UserID = 2) ORDER BY Invoices.itemid"),
@@ -172,47 +170,39 @@ TEST_F(SampleParity, KeywordSecurityAndVersionQueriesGiveTheSameRows) {
                                   "[username] AS [User Name], [res_desc] AS [Modified], "
                                   "[rel_desc] AS [Description] from KTRevision where itemid=13 "
                                   "ORDER BY [Version]"));
-    expectSameRows(QStringLiteral("select * from keywords where itemid = 13 ORDER BY keyword"));
-    expectSameRows(QStringLiteral("SELECT * FROM KTFile ORDER BY fileid"), ParityDocuments);
-    expectSameRows(QStringLiteral("SELECT * FROM KTUsers ORDER BY UserID"));
+    expectSameRows(u"select * from keywords where itemid = 13 ORDER BY keyword"_s);
+    expectSameRows(u"SELECT * FROM KTFile ORDER BY fileid"_s, ParityDocuments);
+    expectSameRows(u"SELECT * FROM KTUsers ORDER BY UserID"_s);
+}
+
+// Runs the repository tool; `errors` receives what it wrote to its error stream.
+int runTool(const QStringList& arguments, QString& errors) {
+    QString output;
+    QTextStream out(&output);
+    QTextStream err(&errors);
+    const int code = repo::runRepositoryTool(arguments, out, err, QString());
+    err.flush();
+    return code;
 }
 
 // The tool on a server: refuses a database that already holds a repository, and names it.
 TEST_F(SampleParity, ToolRefusesADatabaseThatHoldsTheTables) {
     QTemporaryDir other;
-    QString output;
-    QString errors;
-    QTextStream out(&output);
-    QTextStream err(&errors);
-    const int code = repo::runRepositoryTool(
-        {QStringLiteral("create"), other.path(), QStringLiteral("--server"), serverInit}, out, err,
-        QString());
-    err.flush();
-    EXPECT_EQ(code, repo::ExitFailed);
-    EXPECT_TRUE(errors.contains(QLatin1String("already holds the table KTItem")))
-        << errors.toStdString();
+    // Another provider, or a server text without a database, is a usage mistake with a reason.
+    const std::pair<QString, const char*> refusals[] = {
+        {serverInit, "already holds the table KTItem"},
+        {u"Provider=SQLite;Data Source=x.db"_s, "Provider=PostgreSQL"},
+        {u"Host=127.0.0.1;Port=1"_s, "no Database"}};
+    for (const auto& [server, reason] : refusals) {
+        QString errors;
+        EXPECT_EQ(runTool({u"create"_s, other.path(), u"--server"_s, server}, errors),
+                  repo::ExitFailed);
+        EXPECT_TRUE(errors.contains(QLatin1String(reason))) << errors.toStdString();
+    }
     EXPECT_FALSE(QFileInfo::exists(
         repo::Repository::dataLinkPath(other.path(), repo::Repository::DefaultName)));
     // The refused attempt left the sample's rows alone.
-    expectSameRows(QStringLiteral("SELECT COUNT(*) AS [rows] FROM [KTItem]"), 1, false);
-
-    // Another provider, or a server text without a database, is a usage mistake with a reason.
-    errors.clear();
-    EXPECT_EQ(
-        repo::runRepositoryTool({QStringLiteral("create"), other.path(), QStringLiteral("--server"),
-                                 QStringLiteral("Provider=SQLite;Data Source=x.db")},
-                                out, err, QString()),
-        repo::ExitFailed);
-    err.flush();
-    EXPECT_TRUE(errors.contains(QLatin1String("Provider=PostgreSQL"))) << errors.toStdString();
-    errors.clear();
-    EXPECT_EQ(
-        repo::runRepositoryTool({QStringLiteral("create"), other.path(), QStringLiteral("--server"),
-                                 QStringLiteral("Host=127.0.0.1;Port=1")},
-                                out, err, QString()),
-        repo::ExitFailed);
-    err.flush();
-    EXPECT_TRUE(errors.contains(QLatin1String("no Database"))) << errors.toStdString();
+    expectSameRows(u"SELECT COUNT(*) AS [rows] FROM [KTItem]"_s, 1, false);
 }
 
 // add-user and add-word through the data-link file in DIR reach the server's tables.
@@ -221,39 +211,23 @@ TEST_F(SampleParity, ToolAddsRowsToTheServerRepository) {
     const QString database = server.createDatabase();
     ASSERT_FALSE(database.isEmpty()) << server.failure().toStdString();
     QTemporaryDir dir;
-    QString output;
     QString errors;
-    QTextStream out(&output);
-    QTextStream err(&errors);
-    ASSERT_EQ(repo::runRepositoryTool(
-                  {QStringLiteral("create"), dir.path(), QStringLiteral("--server"), database}, out,
-                  err, QString()),
+    ASSERT_EQ(runTool({u"create"_s, dir.path(), u"--server"_s, database}, errors), repo::ExitOk);
+    EXPECT_EQ(runTool({u"add-user"_s, dir.path(), u"carol"_s}, errors), repo::ExitOk);
+    EXPECT_EQ(runTool({u"add-word"_s, dir.path(), u"invoice"_s, u"--server"_s, database}, errors),
               repo::ExitOk);
-    EXPECT_EQ(
-        repo::runRepositoryTool({QStringLiteral("add-user"), dir.path(), QStringLiteral("carol")},
-                                out, err, QString()),
-        repo::ExitOk);
-    EXPECT_EQ(
-        repo::runRepositoryTool({QStringLiteral("add-word"), dir.path(), QStringLiteral("invoice"),
-                                 QStringLiteral("--server"), database},
-                                out, err, QString()),
-        repo::ExitOk);
     // Names compare without regard to case on the server as well.
-    EXPECT_EQ(
-        repo::runRepositoryTool({QStringLiteral("add-user"), dir.path(), QStringLiteral("CAROL")},
-                                out, err, QString()),
-        repo::ExitFailed);
-    err.flush();
+    EXPECT_EQ(runTool({u"add-user"_s, dir.path(), u"CAROL"_s}, errors), repo::ExitFailed);
     EXPECT_TRUE(errors.contains(QLatin1String("already exists"))) << errors.toStdString();
 
     Connection connection;
     connection.open(database);
     Recordset users;
-    users.open(QStringLiteral("SELECT [UserID], [UserName] FROM [KTUsers]"), connection);
+    users.open(u"SELECT [UserID], [UserName] FROM [KTUsers]"_s, connection);
     ASSERT_EQ(users.recordCount(), 1);
     EXPECT_EQ(users.value(1).toString(), u"carol");
     Recordset words;
-    words.open(QStringLiteral("SELECT [words] FROM [dictionary]"), connection);
+    words.open(u"SELECT [words] FROM [dictionary]"_s, connection);
     ASSERT_EQ(words.recordCount(), 1);
     EXPECT_EQ(words.value(0).toString(), u"invoice");
 }
@@ -277,8 +251,8 @@ TEST_F(SampleParity, FailedServerSampleLeavesTheDatabaseEmpty) {
     connection.open(database);
     Recordset tables = connection.openSchema(SchemaKind::Tables);
     for (; !tables.eof(); tables.moveNext())
-        EXPECT_NE(tables.value(QStringLiteral("TABLE_TYPE")).toString(), u"TABLE")
-            << tables.value(QStringLiteral("TABLE_NAME")).toString().toStdString();
+        EXPECT_NE(tables.value(u"TABLE_TYPE"_s).toString(), u"TABLE")
+            << tables.value(u"TABLE_NAME"_s).toString().toStdString();
     connection.close();
 
     QTemporaryDir fine;
