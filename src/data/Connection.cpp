@@ -39,6 +39,36 @@ ConnectionProperties resolveProperties(const QString& connectionText) {
     return properties;
 }
 
+// Keeps the session open while the appender lives, and refuses rows once the connection closed
+// (the engine's appender would outlive its driver otherwise).
+class SessionRowAppender : public RowAppender {
+public:
+    SessionRowAppender(Connection connection, std::unique_ptr<RowAppender> appender)
+        : m_connection(std::move(connection))
+        , m_driver(&m_connection.driver())
+        , m_appender(std::move(appender)) {}
+
+    void append(std::span<const QVariant> values) override {
+        requireSameDriver();
+        m_appender->append(values);
+    }
+    void finish() override {
+        requireSameDriver();
+        m_appender->finish();
+    }
+
+private:
+    void requireSameDriver() const {
+        if (!m_connection.isOpen() || &m_connection.driver() != m_driver)
+            throw Error(ErrorNumber::ObjectClosed,
+                        QStringLiteral("Operation is not allowed when the object is closed."));
+    }
+
+    Connection m_connection;
+    const Driver* m_driver;
+    std::unique_ptr<RowAppender> m_appender;
+};
+
 } // namespace
 
 struct Connection::Private {
@@ -130,6 +160,11 @@ void Connection::rollbackTrans() {
 
 int Connection::transactionLevel() const {
     return isOpen() ? d->driver->transactionLevel() : 0;
+}
+
+std::unique_ptr<RowAppender> Connection::appendRows(const QString& table,
+                                                    const QStringList& columns) {
+    return std::make_unique<SessionRowAppender>(*this, d->openDriver().appendRows(table, columns));
 }
 
 Recordset Connection::openSchema(SchemaKind kind) {

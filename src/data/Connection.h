@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QString>
-
+#include <QStringList>
 #include <memory>
 
 namespace vx {
 
 class Driver;
 class Recordset;
+class RowAppender;
 
 enum class SchemaKind { Tables = 20, ProviderTypes = 22 };
 
@@ -38,6 +39,10 @@ public:
     void commitTrans();
     void rollbackTrans();
     int transactionLevel() const;
+
+    // Appends rows to `table` much faster than a record set (see RowAppender); the appender
+    // keeps the session open while it lives.
+    std::unique_ptr<RowAppender> appendRows(const QString& table, const QStringList& columns);
 
     // "Tables": TABLE_NAME, TABLE_TYPE. "ProviderTypes": TYPE_NAME, DATA_TYPE, COLUMN_SIZE,
     // LITERAL_PREFIX, LITERAL_SUFFIX, BEST_MATCH.

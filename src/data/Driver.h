@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/ConnectionProperties.h"
+#include "data/RowAppender.h"
 #include "data/RowStore.h"
 
 #include <QStringList>
@@ -65,6 +66,13 @@ public:
                              const QVariantList& keyValues) = 0;
     virtual qint64 deleteRow(const QString& table, const QStringList& keyColumns,
                              const QVariantList& keyValues) = 0;
+
+    // Bulk appending to `table`; by default one insertRow per row. The appender must not
+    // outlive the driver.
+    virtual std::unique_ptr<RowAppender> appendRows(const QString& table,
+                                                    const QStringList& columns) {
+        return std::make_unique<InsertingRowAppender>(*this, table, columns);
+    }
 };
 
 using DriverFactory = std::function<std::unique_ptr<Driver>()>;

@@ -1,4 +1,5 @@
 #include "data/Error.h"
+#include "data/RowAppender.h"
 #include "operations/DataExportTable.h"
 #include "operations/DocumentOperations.h"
 #include "operations/HitListContext.h"
@@ -88,43 +89,44 @@ QVariant valueOf(const Recordset& rows, std::initializer_list<QString> names) {
     return rows.value(index);
 }
 
-// Appends the export row of one document from its first joined row.
-void appendDocumentRow(Recordset& table, const Recordset& document, const QString& groupTable,
-                       const QList<dataexport::FormColumn>& columns) {
+// The export table's columns: the document's fixed ones, then the form's.
+QStringList exportColumnNames(const QList<dataexport::FormColumn>& columns) {
+    QStringList names{QStringLiteral("itemid"),   QStringLiteral("idx_date"),
+                      QStringLiteral("type_"),    QStringLiteral("fileid"),
+                      QStringLiteral("filename"), QStringLiteral("fdate_"),
+                      QStringLiteral("fsize_"),   QStringLiteral("disklabel")};
+    for (const dataexport::FormColumn& column : columns)
+        names << column.columnName;
+    return names;
+}
+
+// The export row of one document from its first joined row, in exportColumnNames() order.
+QVariantList documentRow(const Recordset& document, const QString& groupTable,
+                         const QList<dataexport::FormColumn>& columns) {
     const QString prefix = groupTable + QStringLiteral(".");
-    table.addNew();
-    table.setValue(QStringLiteral("itemid"), valueOf(document, {prefix + QStringLiteral("itemid"),
-                                                                QStringLiteral("itemid")}));
-    table.setValue(
-        QStringLiteral("idx_date"),
-        valueOf(document, {QStringLiteral("idx_date"), QStringLiteral("ktitem.idx_date")}));
-    table.setValue(QStringLiteral("type_"),
-                   valueOf(document, {QStringLiteral("type"), QStringLiteral("ktitem.type")}));
-    table.setValue(QStringLiteral("fileid"),
-                   valueOf(document, {QStringLiteral("fileid"), QStringLiteral("ktfile.fileid")}));
-    table.setValue(QStringLiteral("filename"),
-                   valueOf(document, {QStringLiteral("fname"), QStringLiteral("ktfile.fname")}));
-    table.setValue(QStringLiteral("fdate_"),
-                   valueOf(document, {QStringLiteral("fdate"), QStringLiteral("ktfile.fdate")}));
-    table.setValue(QStringLiteral("fsize_"),
-                   valueOf(document, {QStringLiteral("fsize"), QStringLiteral("ktfile.fsize")}));
-    table.setValue(QStringLiteral("disklabel"),
-                   valueOf(document, {QStringLiteral("volume"), QStringLiteral("ktfile.volume")}));
+    QVariantList row{
+        valueOf(document, {prefix + QStringLiteral("itemid"), QStringLiteral("itemid")}),
+        valueOf(document, {QStringLiteral("idx_date"), QStringLiteral("ktitem.idx_date")}),
+        valueOf(document, {QStringLiteral("type"), QStringLiteral("ktitem.type")}),
+        valueOf(document, {QStringLiteral("fileid"), QStringLiteral("ktfile.fileid")}),
+        valueOf(document, {QStringLiteral("fname"), QStringLiteral("ktfile.fname")}),
+        valueOf(document, {QStringLiteral("fdate"), QStringLiteral("ktfile.fdate")}),
+        valueOf(document, {QStringLiteral("fsize"), QStringLiteral("ktfile.fsize")}),
+        valueOf(document, {QStringLiteral("volume"), QStringLiteral("ktfile.volume")})};
     // Fields without a column in the table are left out here as in the table statement.
     for (const dataexport::FormColumn& column : columns)
-        table.setValue(column.columnName,
-                       valueOf(document, {prefix + column.fieldName, column.fieldName}));
-    table.update();
+        row << valueOf(document, {prefix + column.fieldName, column.fieldName});
+    return row;
 }
 
 struct ExportState {
     Connection exportConnection;
     Recordset ktfile;
     Recordset document;
-    Recordset table;
+    std::unique_ptr<RowAppender> table;
 
     void closeAll() {
-        table.close();
+        table.reset(); // writes out the rows appended so far
         document.close();
         ktfile.close();
         exportConnection.close();
@@ -178,23 +180,20 @@ bool exportData(HitListContext& hitList) {
         state.ktfile.close();
 
         const QString groupTable = hitList.groupTableName();
+        state.table = state.exportConnection.appendRows(tableName, exportColumnNames(columns));
         for (qsizetype position = 0; position < selection.size(); ++position) {
             progress->setValue(position + 1);
             state.document.open(dataexport::documentQuery(groupTable, selection.at(position)),
                                 hitList.connection());
+            // Only the first row: the document's first file.
             if (!state.document.eof()) {
-                // The table is opened once for the whole selection: opening it for every
-                // document would read back every row written so far each time.
-                if (!state.table.isOpen())
-                    state.table.open(QStringLiteral("select * from ") + tableName,
-                                     state.exportConnection, CursorType::Keyset,
-                                     LockType::Optimistic);
-                // Only the first row: the document's first file.
-                appendDocumentRow(state.table, state.document, groupTable, columns);
+                const QVariantList row = documentRow(state.document, groupTable, columns);
+                state.table->append(std::span(row.constData(), size_t(row.size())));
             }
             state.document.close();
         }
-        state.table.close();
+        state.table->finish();
+        state.table.reset();
 
         state.exportConnection.close();
         progress.reset();

@@ -72,8 +72,18 @@ void Progressbar::setMaximum(qint16 value) {
 }
 
 void Progressbar::setValue(qint16 value) {
-    m_bar->setValue(std::clamp<int>(value, m_bar->minimum(), m_bar->maximum()));
-    m_bar->repaint();
+    const int clamped = std::clamp<int>(value, m_bar->minimum(), m_bar->maximum());
+    if (clamped == m_bar->value())
+        return;
+    m_bar->setValue(clamped);
+    // Long work sets a value per item without returning to the event loop: paint now, but not
+    // more often than the eye can follow (a repaint per item cost more than many items).
+    constexpr qint64 repaintInterval = 40;
+    if (!m_sinceRepaint.isValid() || m_sinceRepaint.elapsed() >= repaintInterval ||
+        clamped == m_bar->maximum() || clamped == m_bar->minimum()) {
+        m_bar->repaint();
+        m_sinceRepaint.start();
+    }
 }
 
 qint16 Progressbar::minimum() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QtGlobal>
 
@@ -33,6 +34,7 @@ private:
 
     QProgressBar* m_bar = nullptr;
     QLabel* m_label = nullptr;
+    QElapsedTimer m_sinceRepaint;
 };
 
 // The callers' pattern in one object: minimum 0, maximum the number of steps, value 0, shown

@@ -1,5 +1,6 @@
 #include "data/dbf/Cp1252.h"
 
+#include <algorithm>
 #include <array>
 
 namespace vx::dbf {
@@ -24,11 +25,26 @@ char encodeOne(char16_t c) {
 
 } // namespace
 
+qsizetype toCp1252(QStringView text, char* out, qsizetype capacity) {
+    const qsizetype size = std::min(text.size(), capacity);
+    const char16_t* in = text.utf16();
+    // Mostly plain ASCII: one branch-free pass the compiler turns into vector code, and a
+    // second one only for text with other characters.
+    char16_t bits = 0;
+    for (qsizetype i = 0; i < size; ++i) {
+        bits |= in[i];
+        out[i] = char(in[i]);
+    }
+    if (bits < 0x80)
+        return size;
+    for (qsizetype i = 0; i < size; ++i)
+        out[i] = encodeOne(in[i]);
+    return size;
+}
+
 QByteArray toCp1252(QStringView text) {
     QByteArray bytes(text.size(), Qt::Uninitialized);
-    char* out = bytes.data();
-    for (const QChar c : text)
-        *out++ = encodeOne(c.unicode());
+    toCp1252(text, bytes.data(), bytes.size());
     return bytes;
 }
 

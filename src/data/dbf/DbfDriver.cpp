@@ -3,6 +3,7 @@
 #include "data/Error.h"
 #include "data/RowStore.h"
 #include "data/dbf/CreateTableStatement.h"
+#include "data/dbf/DbfRowAppender.h"
 #include "data/dbf/DbfTableFile.h"
 
 #include <QDir>
@@ -34,7 +35,8 @@ QString plainTableName(const QString& given) {
 }
 
 struct OpenTable {
-    std::unique_ptr<dbf::DbfTableFile> file;
+    // Shared with the table's appenders, which find it closed once the connection is.
+    std::shared_ptr<dbf::DbfTableFile> file;
     // The columns of the last insert and their fields: a record set sends the same list each time.
     QStringList lastColumns;
     QList<int> lastFields;
@@ -240,8 +242,22 @@ QVariant DbfDriver::insertRow(const QString& table, const QStringList& columns,
         entry.lastColumns = columns;
         entry.lastFields = fields;
     }
-    entry.file->append(entry.lastFields, values);
+    entry.file->append(entry.lastFields, std::span(values.constData(), size_t(values.size())));
     return {};
+}
+
+std::unique_ptr<RowAppender> DbfDriver::appendRows(const QString& table,
+                                                   const QStringList& columns) {
+    OpenTable& entry = d->table(table);
+    QList<int> fields;
+    for (const QString& column : columns) {
+        const int index = entry.file->layout().indexOf(column);
+        if (index < 0)
+            throw Error(ErrorNumber::ColumnNotFound,
+                        QStringLiteral("Table '%1' has no field %2.").arg(table, column));
+        fields << index;
+    }
+    return std::make_unique<dbf::DbfRowAppender>(entry.file, std::move(fields));
 }
 
 qint64 DbfDriver::updateRow(const QString&, const QStringList&, const QVariantList&,

@@ -37,6 +37,9 @@ public:
                      const QStringList& keyColumns, const QVariantList& keyValues) override;
     qint64 deleteRow(const QString& table, const QStringList& keyColumns,
                      const QVariantList& keyValues) override;
+    // Records straight into the table's buffer, without a record set's row copies.
+    std::unique_ptr<RowAppender> appendRows(const QString& table,
+                                            const QStringList& columns) override;
 
     // The folder the connection opened on.
     QString folder() const;

@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 #include "data/RowStore.h"
+#include "data/dbf/ChunkWriter.h"
 #include "data/dbf/Cp1252.h"
 #include "data/dbf/DbfValues.h"
 #include "data/dbf/FptMemoFile.h"
@@ -62,13 +63,18 @@ struct DbfTableFile::Private {
     QString path;
     TableLayout layout;
     QFile file;
+    ChunkWriter writer{file}; // after the file: finishes its writes before the file closes
     FptMemoFile memo;
     quint32 flushedCount = 0; // records on disk
     quint32 pendingCount = 0;
     QByteArray pending;
     QByteArray blankRecord; // blanks, and block 0 in memo fields
 
+    // Room for a full buffer up front: growing it record by record costs more than the records.
+    void reserveBuffer() { pending.reserve(pendingLimit + layout.recordLength()); }
+
     void prepare() {
+        reserveBuffer();
         blankRecord = QByteArray(layout.recordLength(), ' ');
         for (const FieldDescriptor& field : layout.fields()) {
             if (field.type == 'M')
@@ -81,13 +87,15 @@ struct DbfTableFile::Private {
             throw fileError(file, QStringLiteral("write"));
     }
 
+    // Hands the buffered records to the writer; flush() waits for them.
     void writeTail() {
         const qint64 end =
             qint64(layout.headerLength()) + qint64(flushedCount) * layout.recordLength();
-        if (!pending.isEmpty())
-            writeAt(end, pending.constData(), pending.size());
+        if (!pending.isEmpty()) {
+            pending = writer.submit(end, std::move(pending));
+            reserveBuffer();
+        }
         flushedCount += pendingCount;
-        pending.clear();
         pendingCount = 0;
     }
 };
@@ -162,19 +170,23 @@ quint32 DbfTableFile::recordCount() const {
     return d->flushedCount + d->pendingCount;
 }
 
-void DbfTableFile::append(const QList<int>& fields, const QVariantList& values) {
+void DbfTableFile::append(const QList<int>& fields, std::span<const QVariant> values) {
     if (!d->file.isOpen())
         throw Error(ErrorNumber::ObjectClosed,
                     QStringLiteral("The table '%1' is closed.").arg(d->path));
+    if (qsizetype(values.size()) != fields.size())
+        throw Error(ErrorNumber::InvalidArgument,
+                    QStringLiteral("Each column written needs one value."));
     const qsizetype start = d->pending.size();
-    d->pending.append(d->blankRecord);
+    d->pending.resize(start + d->blankRecord.size());
     char* record = d->pending.data() + start;
+    std::memcpy(record, d->blankRecord.constData(), size_t(d->blankRecord.size()));
     const QList<FieldDescriptor>& layoutFields = d->layout.fields();
     try {
         for (qsizetype i = 0; i < fields.size(); ++i) {
             const FieldDescriptor& field = layoutFields[fields[i]];
             if (field.type != 'M')
-                writeFieldValue(record + field.offset, field, values.value(i));
+                writeFieldValue(record + field.offset, field, values[size_t(i)]);
         }
     } catch (...) {
         d->pending.truncate(start);
@@ -183,10 +195,19 @@ void DbfTableFile::append(const QList<int>& fields, const QVariantList& values) 
     // Memos last, once the rest of the record has converted.
     for (qsizetype i = 0; i < fields.size(); ++i) {
         const FieldDescriptor& field = layoutFields[fields[i]];
-        if (field.type == 'M' && values.value(i).isValid() && !values.value(i).isNull()) {
-            const quint32 block = d->memo.append(toCp1252(values[i].toString()));
-            writeMemoBlock(d->pending.data() + start + field.offset, block);
-        }
+        if (field.type != 'M')
+            continue;
+        const QVariant& value = values[size_t(i)];
+        const int type = value.typeId();
+        if (type == QMetaType::UnknownType || type == QMetaType::Nullptr ||
+            (type != QMetaType::QString && value.isNull()))
+            continue;
+        quint32 block = 0;
+        if (type == QMetaType::QString)
+            block = d->memo.append(QStringView(*static_cast<const QString*>(value.constData())));
+        else
+            block = d->memo.append(QStringView(value.toString()));
+        writeMemoBlock(record + field.offset, block);
     }
     ++d->pendingCount;
     if (d->pending.size() >= pendingLimit)
@@ -198,6 +219,7 @@ void DbfTableFile::flush() {
         return;
     d->memo.flush();
     d->writeTail();
+    d->writer.drain();
     const qint64 end =
         qint64(d->layout.headerLength()) + qint64(d->flushedCount) * d->layout.recordLength();
     d->writeAt(end, &EndOfFile, 1);

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVariantList>
 #include <memory>
+#include <span>
 
 namespace vx {
 class RowStore;
@@ -13,8 +14,9 @@ class RowStore;
 namespace vx::dbf {
 
 // One open FoxPro table (".dbf", with its ".fpt" when it has memo fields) that records are
-// appended to. Records are buffered; flush() writes them, the end-of-file mark, the record count
-// and the date of last update, so the files are complete after every flush. Closing flushes.
+// appended to. Records are buffered and written in large pieces on a writer thread; flush() writes,
+// the end-of-file mark, the record count and the date of last update, so the files are complete
+// after every flush. Closing flushes.
 class DbfTableFile {
 public:
     // Makes new files; throws vx::Error when the table file already exists.
@@ -30,7 +32,7 @@ public:
 
     // One record: `values[i]` goes to field `fields[i]`; the other fields stay blank. Nothing is
     // appended when a value does not convert.
-    void append(const QList<int>& fields, const QVariantList& values);
+    void append(const QList<int>& fields, std::span<const QVariant> values);
     void flush();
     void close();
 

@@ -6,8 +6,8 @@
 
 namespace vx::dbf {
 
-// A value into its place in a record (`out` points at the field's first byte). Null leaves the
-// field blank. Text longer than a character field is cut to its width, as the table keeps it;
+// A value into its place in a blank record (`out` points at the field's first byte). Null leaves
+// the field blank. Text longer than a character field is cut to its width, as the table keeps it;
 // a number too wide for its field throws vx::Error. Memo fields are not written here.
 void writeFieldValue(char* out, const FieldDescriptor& field, const QVariant& value);
 

@@ -1,8 +1,10 @@
 #include "data/dbf/FptMemoFile.h"
 
 #include "data/Error.h"
+#include "data/dbf/Cp1252.h"
 
 #include <QtEndian>
+#include <cstring>
 
 namespace vx::dbf {
 
@@ -10,6 +12,8 @@ namespace {
 
 constexpr quint32 textMemo = 1;
 constexpr qsizetype pendingLimit = 1 << 20;
+// Buffers are reserved this much beyond the limit, for the memo that crosses it.
+constexpr qsizetype reserveMargin = 64 << 10;
 
 Error fileError(const QFile& file, const QString& what) {
     return Error(ErrorNumber::Unspecified, QStringLiteral("Cannot %1 the memo file '%2': %3")
@@ -52,32 +56,45 @@ void FptMemoFile::openExisting(const QString& path) {
     m_nextBlock = m_flushedBlock = qFromBigEndian<quint32>(data);
 }
 
-quint32 FptMemoFile::append(const QByteArray& text) {
-    if (text.isEmpty())
+template <typename Fill>
+quint32 FptMemoFile::appendWith(qsizetype length, Fill fill) {
+    if (length == 0)
         return 0;
+    if (m_pending.capacity() == 0)
+        m_pending.reserve(pendingLimit + reserveMargin);
     const quint32 block = m_nextBlock;
-    const qsizetype used = 8 + text.size();
-    const qsizetype blocks = (used + BlockSize - 1) / BlockSize;
+    const qsizetype blocks = (8 + length + BlockSize - 1) / BlockSize;
     const qsizetype start = m_pending.size();
-    m_pending.resize(start + blocks * BlockSize, '\0');
-    qToBigEndian(textMemo, m_pending.data() + start);
-    qToBigEndian(quint32(text.size()), m_pending.data() + start + 4);
-    std::copy(text.begin(), text.end(), m_pending.begin() + start + 8);
+    m_pending.resize(start + blocks * BlockSize);
+    char* memo = m_pending.data() + start;
+    qToBigEndian(textMemo, memo);
+    qToBigEndian(quint32(length), memo + 4);
+    fill(memo + 8);
+    // The rest of the last block stays zero, as the format has it.
+    std::memset(memo + 8 + length, 0, size_t(blocks * BlockSize - 8 - length));
     m_nextBlock += quint32(blocks);
     if (m_pending.size() >= pendingLimit) {
-        writeAt(qint64(m_flushedBlock) * BlockSize, m_pending);
-        m_pending.clear();
+        m_pending = m_writer.submit(qint64(m_flushedBlock) * BlockSize, std::move(m_pending));
+        m_pending.reserve(pendingLimit + reserveMargin);
         m_flushedBlock = m_nextBlock;
     }
     return block;
+}
+
+quint32 FptMemoFile::append(const QByteArray& text) {
+    return appendWith(text.size(), [&](char* out) { std::copy(text.begin(), text.end(), out); });
+}
+
+quint32 FptMemoFile::append(QStringView text) {
+    return appendWith(text.size(), [&](char* out) { toCp1252(text, out, text.size()); });
 }
 
 void FptMemoFile::flush() {
     if (!m_file.isOpen())
         return;
     if (!m_pending.isEmpty())
-        writeAt(qint64(m_flushedBlock) * BlockSize, m_pending);
-    m_pending.clear();
+        m_pending = m_writer.submit(qint64(m_flushedBlock) * BlockSize, std::move(m_pending));
+    m_writer.drain();
     m_flushedBlock = m_nextBlock;
     writeAt(0, headerBytes().left(8));
     if (!m_file.flush())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "data/dbf/ChunkWriter.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QString>
@@ -8,7 +10,7 @@ namespace vx::dbf {
 
 // The memo file beside a table (".fpt"): a 512-byte header holding the next free block and the
 // block size, then each memo in whole 64-byte blocks (type and length big-endian, then the text).
-// New memos are buffered and written by flush().
+// New memos are buffered and written in large pieces on a writer thread; flush() waits for them.
 class FptMemoFile {
 public:
     static constexpr int BlockSize = 64;
@@ -21,6 +23,8 @@ public:
 
     // Stores the text and returns its first block; empty text is stored as no memo (block 0).
     quint32 append(const QByteArray& text);
+    // The same for text in the tables' code page, encoded straight into the buffer.
+    quint32 append(QStringView text);
     void flush();
     void close();
 
@@ -28,10 +32,13 @@ public:
     QByteArray read(quint32 block);
 
 private:
+    template <typename Fill>
+    quint32 appendWith(qsizetype length, Fill fill);
     QByteArray headerBytes() const;
     void writeAt(qint64 position, const QByteArray& bytes);
 
     QFile m_file;
+    ChunkWriter m_writer{m_file}; // after the file: finishes its writes before the file closes
     quint32 m_nextBlock = HeaderLength / BlockSize;
     quint32 m_flushedBlock = HeaderLength / BlockSize; // first block of what is pending
     QByteArray m_pending;

@@ -1,0 +1,77 @@
+#include "data/dbf/ChunkWriter.h"
+
+#include "data/Error.h"
+
+#include <QFile>
+
+namespace vx::dbf {
+
+ChunkWriter::ChunkWriter(QFile& file)
+    : m_file(file) {}
+
+ChunkWriter::~ChunkWriter() {
+    if (!m_thread.joinable())
+        return;
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_chunks.empty() && !m_writing; });
+        m_stopping = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
+}
+
+QByteArray ChunkWriter::submit(qint64 position, QByteArray bytes) {
+    std::unique_lock lock(m_mutex);
+    if (!m_thread.joinable())
+        m_thread = std::thread([this] { run(); });
+    m_changed.wait(lock, [this] { return m_chunks.empty() || !m_failure.isEmpty(); });
+    throwFailure();
+    m_chunks.push_back({position, std::move(bytes)});
+    QByteArray next = std::move(m_spare);
+    m_spare = QByteArray();
+    lock.unlock();
+    m_changed.notify_all();
+    return next;
+}
+
+void ChunkWriter::drain() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_chunks.empty() && !m_writing; });
+    throwFailure();
+}
+
+void ChunkWriter::throwFailure() {
+    if (m_failure.isEmpty())
+        return;
+    const QString failure = m_failure;
+    m_failure.clear(); // reported once; the caller gives up on the file
+    throw Error(ErrorNumber::Unspecified, failure);
+}
+
+void ChunkWriter::run() {
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_changed.wait(lock, [this] { return m_stopping || !m_chunks.empty(); });
+        if (m_chunks.empty())
+            return;
+        Chunk chunk = std::move(m_chunks.front());
+        m_chunks.pop_front();
+        m_writing = true;
+        lock.unlock();
+        const bool written =
+            m_file.seek(chunk.position) && m_file.write(chunk.bytes) == chunk.bytes.size();
+        const QString failure = written ? QString()
+                                        : QStringLiteral("Cannot write the file '%1': %2")
+                                              .arg(m_file.fileName(), m_file.errorString());
+        chunk.bytes.resize(0);
+        lock.lock();
+        m_writing = false;
+        if (m_failure.isEmpty())
+            m_failure = failure;
+        m_spare = std::move(chunk.bytes);
+        m_changed.notify_all();
+    }
+}
+
+} // namespace vx::dbf

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+class QFile;
+
+namespace vx::dbf {
+
+// Writes buffers to a file on a thread of its own, in the order given, so that filling the next
+// buffer overlaps the system's copying of the last one: a large export then costs little more
+// than its own encoding. At most one buffer waits while another is being written. The file must
+// not be touched otherwise until drain() returns. A failure is kept and thrown (vx::Error) by the
+// next call.
+class ChunkWriter {
+public:
+    explicit ChunkWriter(QFile& file);
+    ~ChunkWriter(); // waits for what was handed over, then ends the thread
+    ChunkWriter(const ChunkWriter&) = delete;
+    ChunkWriter& operator=(const ChunkWriter&) = delete;
+
+    // Takes `bytes` to be written at `position`; returns an empty buffer to fill next (one
+    // already written, so its memory is reused).
+    QByteArray submit(qint64 position, QByteArray bytes);
+    // Returns once everything handed over is in the file.
+    void drain();
+
+private:
+    struct Chunk {
+        qint64 position = 0;
+        QByteArray bytes;
+    };
+    void run();
+    void throwFailure(); // with the lock held
+
+    QFile& m_file;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Chunk> m_chunks;
+    QByteArray m_spare;
+    QString m_failure;
+    bool m_writing = false;
+    bool m_stopping = false;
+    std::thread m_thread; // started with the first chunk
+};
+
+} // namespace vx::dbf
