@@ -25,7 +25,7 @@ QByteArray ChunkWriter::submit(qint64 position, QByteArray bytes) {
     std::unique_lock lock(m_mutex);
     if (!m_thread.joinable())
         m_thread = std::thread([this] { run(); });
-    m_changed.wait(lock, [this] { return m_chunks.empty() || !m_failure.isEmpty(); });
+    m_changed.wait(lock, [this] { return m_chunks.size() < 2 || !m_failure.isEmpty(); });
     throwFailure();
     m_chunks.push_back({position, std::move(bytes)});
     QByteArray next = std::move(m_spare);

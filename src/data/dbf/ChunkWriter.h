@@ -13,7 +13,7 @@ namespace vx::dbf {
 
 // Writes buffers to a file on a thread of its own, in the order given, so that filling the next
 // buffer overlaps the system's copying of the last one: a large export then costs little more
-// than its own encoding. At most one buffer waits while another is being written. The file must
+// than its own encoding. At most two buffers wait while another is being written. The file must
 // not be touched otherwise until drain() returns. A failure is kept and thrown (vx::Error) by the
 // next call.
 class ChunkWriter {

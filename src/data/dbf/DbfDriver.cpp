@@ -227,28 +227,10 @@ QList<ProviderTypeEntry> DbfDriver::providerTypes() {
             entry("MEMO", DataType::LongVarWChar, std::numeric_limits<qint32>::max(), "'", "'")};
 }
 
-QVariant DbfDriver::insertRow(const QString& table, const QStringList& columns,
-                              const QVariantList& values, const QString&) {
-    OpenTable& entry = d->table(table);
-    if (columns != entry.lastColumns) {
-        QList<int> fields;
-        for (const QString& column : columns) {
-            const int index = entry.file->layout().indexOf(column);
-            if (index < 0)
-                throw Error(ErrorNumber::ColumnNotFound,
-                            QStringLiteral("Table '%1' has no field %2.").arg(table, column));
-            fields << index;
-        }
-        entry.lastColumns = columns;
-        entry.lastFields = fields;
-    }
-    entry.file->append(entry.lastFields, std::span(values.constData(), size_t(values.size())));
-    return {};
-}
+namespace {
 
-std::unique_ptr<RowAppender> DbfDriver::appendRows(const QString& table,
-                                                   const QStringList& columns) {
-    OpenTable& entry = d->table(table);
+// The table's field of each column; throws ColumnNotFound naming the first that has none.
+QList<int> fieldsOf(const OpenTable& entry, const QString& table, const QStringList& columns) {
     QList<int> fields;
     for (const QString& column : columns) {
         const int index = entry.file->layout().indexOf(column);
@@ -257,7 +239,26 @@ std::unique_ptr<RowAppender> DbfDriver::appendRows(const QString& table,
                         QStringLiteral("Table '%1' has no field %2.").arg(table, column));
         fields << index;
     }
-    return std::make_unique<dbf::DbfRowAppender>(entry.file, std::move(fields));
+    return fields;
+}
+
+} // namespace
+
+QVariant DbfDriver::insertRow(const QString& table, const QStringList& columns,
+                              const QVariantList& values, const QString&) {
+    OpenTable& entry = d->table(table);
+    if (columns != entry.lastColumns) {
+        entry.lastFields = fieldsOf(entry, table, columns);
+        entry.lastColumns = columns;
+    }
+    entry.file->append(entry.lastFields, std::span(values.constData(), size_t(values.size())));
+    return {};
+}
+
+std::unique_ptr<RowAppender> DbfDriver::appendRows(const QString& table,
+                                                   const QStringList& columns) {
+    OpenTable& entry = d->table(table);
+    return std::make_unique<dbf::DbfRowAppender>(entry.file, fieldsOf(entry, table, columns));
 }
 
 qint64 DbfDriver::updateRow(const QString&, const QStringList&, const QVariantList&,

@@ -11,7 +11,9 @@ namespace vx::dbf {
 namespace {
 
 constexpr quint32 textMemo = 1;
-constexpr qsizetype pendingLimit = 1 << 20;
+// Pieces handed to the writer: small enough to stay in the processor's cache while they are
+// filled, large enough that the system calls do not count.
+constexpr qsizetype pendingLimit = 1 << 18;
 // Buffers are reserved this much beyond the limit, for the memo that crosses it.
 constexpr qsizetype reserveMargin = 64 << 10;
 
