@@ -1,6 +1,7 @@
 #include "data/Driver.h"
 
 #include "data/Error.h"
+#include "data/LocalTimeZone.h"
 #include "data/dbf/DbfDriver.h"
 #include "data/postgres/PostgresDriver.h"
 #include "data/sqlite/SqliteDriver.h"
@@ -28,6 +29,7 @@ Registry& registry() {
 void registerBuiltins() {
     static std::once_flag once;
     std::call_once(once, [] {
+        keepLocalTimeZoneLoaded();
         registerDriver(QStringLiteral("SQLite"), [] { return std::make_unique<SqliteDriver>(); });
         registerDriver(QStringLiteral("PostgreSQL"), [] { return createPostgresDriver(); });
         registerDriver(QStringLiteral("MSDASQL.1"), [] { return std::make_unique<DbfDriver>(); });
