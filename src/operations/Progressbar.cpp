@@ -73,17 +73,18 @@ void Progressbar::setMaximum(qint16 value) {
 
 void Progressbar::setValue(qint16 value) {
     const int clamped = std::clamp<int>(value, m_bar->minimum(), m_bar->maximum());
-    if (clamped == m_bar->value())
+    m_value = qint16(clamped);
+    // Long work sets a value per item without returning to the event loop, and the bar paints
+    // itself at once: show the value now, but not more often than the eye can follow (a repaint
+    // per item cost more than many items). The ends are always shown.
+    constexpr qint64 repaintInterval = 40;
+    const bool atAnEnd = clamped == m_bar->minimum() || clamped == m_bar->maximum();
+    if (clamped == m_bar->value() ||
+        (!atAnEnd && m_sinceRepaint.isValid() && m_sinceRepaint.elapsed() < repaintInterval))
         return;
     m_bar->setValue(clamped);
-    // Long work sets a value per item without returning to the event loop: paint now, but not
-    // more often than the eye can follow (a repaint per item cost more than many items).
-    constexpr qint64 repaintInterval = 40;
-    if (!m_sinceRepaint.isValid() || m_sinceRepaint.elapsed() >= repaintInterval ||
-        clamped == m_bar->maximum() || clamped == m_bar->minimum()) {
-        m_bar->repaint();
-        m_sinceRepaint.start();
-    }
+    m_bar->repaint();
+    m_sinceRepaint.start();
 }
 
 qint16 Progressbar::minimum() const {
@@ -95,7 +96,7 @@ qint16 Progressbar::maximum() const {
 }
 
 qint16 Progressbar::value() const {
-    return qint16(m_bar->value());
+    return m_value;
 }
 
 ProgressScope::ProgressScope(QWidget* owner, qsizetype steps, const QString& caption)

@@ -35,6 +35,7 @@ private:
     QProgressBar* m_bar = nullptr;
     QLabel* m_label = nullptr;
     QElapsedTimer m_sinceRepaint;
+    qint16 m_value = 0; // the value last set; the bar may show an earlier one for a moment
 };
 
 // The callers' pattern in one object: minimum 0, maximum the number of steps, value 0, shown

@@ -64,7 +64,10 @@ QString groupTableStatement(const QString& groupTable, const Connection& reposit
 } // namespace
 
 QString portableConnectionText(const QString& path, bool create) {
-    QString text = QStringLiteral("Provider=SQLite;Data Source=") + quotedValue(path);
+    // No waiting for the disk: a failed export takes its whole package away again, and the
+    // document files beside the database are not synced either.
+    QString text = QStringLiteral("Provider=SQLite;Data Source=") + quotedValue(path) +
+                   QStringLiteral(";Synchronous=Off");
     if (create)
         text += QStringLiteral(";Create If Missing=True");
     return text;

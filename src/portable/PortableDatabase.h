@@ -12,8 +12,8 @@ struct ColumnInfo;
 
 // The small database ("veltrane.znl") the viewer reads in place of the repository.
 
-// The connection text that opens the portable database at `path` directly (no data-link file);
-// with `create` the file is made when missing.
+// The connection text that opens the portable database at `path` directly (no data-link file),
+// without waiting for the disk on commits; with `create` the file is made when missing.
 QString portableConnectionText(const QString& path, bool create = false);
 
 // Makes the empty database file; throws vx::Error when it cannot.

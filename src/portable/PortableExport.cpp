@@ -4,11 +4,13 @@
 #include "data/Recordset.h"
 #include "operations/HitListContext.h"
 #include "operations/Progressbar.h"
+#include "portable/FileCopier.h"
 #include "portable/MediaDialog.h"
 #include "portable/PortableDatabase.h"
 #include "portable/PortableRows.h"
 #include "portable/QueryFormRewriter.h"
 #include "portable/ReadMeWriter.h"
+#include "portable/SelectionRows.h"
 #include "portable/VeltraneFolders.h"
 #include "portable/VolumeAccounting.h"
 #include "session/Conversions.h"
@@ -48,45 +50,6 @@ QString withSeparator(const QString& folder) {
     return folder + u'/';
 }
 
-// Copies over an existing file, as the viewer's files are refreshed on every export. The bytes
-// are written plainly: QFile::copy syncs every file to the disk, which made an export of a few
-// thousand documents take fifteen times as long.
-void copyOverwriting(const QString& from, const QString& to) {
-    QFile source(from);
-    if (!QFileInfo(from).isFile() || !source.open(QIODevice::ReadOnly))
-        throw Error(fileNotFound,
-                    QStringLiteral("File not found: ") + QDir::toNativeSeparators(from));
-    // An existing file is written over in place (a fresh file for each copy costs the file
-    // system far more); one that cannot be opened for writing is replaced.
-    QFile target(to);
-    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate) && QFileInfo::exists(to)) {
-        if (!QFile::remove(to))
-            throw Error(ErrorNumber::Unspecified,
-                        QStringLiteral("Permission denied: ") + QDir::toNativeSeparators(to));
-        target.open(QIODevice::WriteOnly | QIODevice::NewOnly);
-    }
-    bool copied = target.isOpen();
-    QByteArray buffer(qsizetype(1) << 20, Qt::Uninitialized);
-    while (copied) {
-        const qint64 read = source.read(buffer.data(), buffer.size());
-        if (read <= 0) {
-            copied = read == 0;
-            break;
-        }
-        copied = target.write(buffer.constData(), read) == read;
-    }
-    if (copied)
-        copied = target.flush();
-    if (!copied) {
-        const QString reason = target.errorString();
-        target.close();
-        target.remove(); // never leave half a file behind
-        throw Error(ErrorNumber::Unspecified,
-                    QStringLiteral("Cannot copy %1 to %2: %3")
-                        .arg(QDir::toNativeSeparators(from), QDir::toNativeSeparators(to), reason));
-    }
-}
-
 // The configuration root: the first known document path cut after its last separator.
 QString configurationRoot(const Connection& repository) {
     Recordset paths;
@@ -121,6 +84,9 @@ private:
     void launchAuthoring();
     void createFolder(const QString& path);
     void failAndClean(const QString& message, const QString& title);
+    void copyOverwriting(const QString& from, const QString& to) {
+        m_copier.copyOverwriting(from, to);
+    }
 
     QString volumeFolder() const { return m_root + u'/' + m_volumes->volumeName(); }
 
@@ -135,6 +101,7 @@ private:
     std::optional<VolumeAccounting> m_volumes;
     QStringList m_createdFolders;
     QStringList m_hintTables;
+    FileCopier m_copier;
 };
 
 void PortableExportRun::run() {
@@ -310,25 +277,17 @@ bool PortableExportRun::copyQueryForm() {
 }
 
 void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progress) {
-    Connection repository = m_hitList.connection();
+    SelectionRows selected(m_hitList.connection(), m_groupTable, m_selection);
     QString lastFileName;
     bool placeholderWritten = false;
     for (qsizetype position = 1; position <= m_selection.size(); ++position) {
         progress.setValue(position);
         const qint32 itemId = m_selection.at(position - 1);
-        const QString id = numberToText(qint64(itemId));
-        Recordset files;
-        files.open(QStringLiteral("select * from ktfile where itemid = ") + id, repository);
-        Recordset groupRow;
-        groupRow.open(QStringLiteral("select * from ") + m_groupTable +
-                          QStringLiteral(" where itemid = ") + id,
-                      repository);
-        Recordset item;
-        item.open(QStringLiteral("select * from KTItem where itemid = ") + id, repository);
 
         // Only an item's first file travels; the same file twice in a row travels once.
-        if (files.eof() || groupRow.eof() || item.eof())
+        if (!selected.moveTo(position - 1))
             continue;
+        const Recordset& files = selected.file();
         const QVariant fileName = files.value(QStringLiteral("fName"));
         if (fileName.isNull() || fileName.toString() == lastFileName)
             continue;
@@ -338,7 +297,7 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
             rows.addPlaceholderItem();
             placeholderWritten = true;
         }
-        rows.addItem(item, groupRow);
+        rows.addItem(selected.item(), selected.groupRow());
 
         const QString answer = m_hitList.locateDocumentFromID(
             itemId, lastFileName, files.value(QStringLiteral("volume")).toString());

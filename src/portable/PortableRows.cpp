@@ -27,15 +27,16 @@ void setFitted(Recordset& target, const QString& column, const QVariant& value) 
     setFitted(target, target.fieldIndex(column), value);
 }
 
-// Dates travel as their day alone (the viewer's "dd/mm/yyyy"). The day itself is handed over,
-// not its text, so the user's locale cannot swap day and month.
+// Dates travel as their day alone (the viewer's "dd/mm/yyyy"): local midnight of the value's
+// day. The day itself is handed over, not its text, so the user's locale cannot swap day and
+// month.
 QVariant dayOnly(const QVariant& value) {
     if (value.isNull())
         return {};
-    const QDateTime day =
-        QDateTime::fromString(formatDateTime(value.toDateTime(), QStringLiteral("dd/mm/yyyy")),
-                              QStringLiteral("dd/MM/yyyy"));
-    return day;
+    const QDateTime stamp = value.toDateTime();
+    if (!stamp.isValid())
+        return QDateTime();
+    return QDateTime(stamp.date(), QTime(0, 0));
 }
 
 } // namespace

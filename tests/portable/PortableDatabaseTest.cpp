@@ -144,4 +144,28 @@ TEST_F(PortableDatabaseTest, TablesAndColumnsComeInTheirOrderAndReadWithTheEngin
               QStringList({"Invoices", "KTFile", "KTGroup", "KTItem"}));
 }
 
+TEST_F(PortableDatabaseTest, ThePortableDatabaseIsWrittenWithoutWaitingForTheDisk) {
+    const QString path = destination + "/veltrane.znl";
+    createPortableDatabaseFile(path);
+    Connection portable;
+    portable.open(portableConnectionText(path));
+    EXPECT_EQ(rowsOf(portable, "PRAGMA synchronous"), QStringList{"0"});
+    // Still a WAL database, as the viewer has always been given.
+    EXPECT_EQ(rowsOf(portable, "PRAGMA journal_mode"), QStringList{"wal"});
+    portable.close();
+
+    // The engine's own default stays for every other connection; a wrong level is refused.
+    Connection plain;
+    plain.open("Provider=SQLite;Data Source=\"" + path + "\"");
+    EXPECT_EQ(rowsOf(plain, "PRAGMA synchronous"), QStringList{"2"});
+    plain.close();
+    try {
+        plain.open("Provider=SQLite;Data Source=\"" + path + "\";Synchronous=Sometimes");
+        ADD_FAILURE() << "a wrong level was taken";
+    } catch (const Error& error) {
+        EXPECT_TRUE(error.description().contains("Sometimes")) << error.description().toStdString();
+    }
+    EXPECT_FALSE(plain.isOpen());
+}
+
 } // namespace

@@ -1,6 +1,7 @@
 #include "portable/PortableExport.h"
 
 #include "PortableFixture.h"
+#include "operations/Progressbar.h"
 #include "session/companions/NativeHelpers.h"
 
 #include <QCryptographicHash>
@@ -193,6 +194,50 @@ TEST_F(PortableExportTest, AnUnfoundFileExportsTheRowsOnly) {
     EXPECT_EQ(rowsOf(portable, "SELECT itemid FROM KTFile ORDER BY itemid"),
               QStringList({"1", "3"}));
     EXPECT_EQ(hitList->locatedItemIds, QList<qint32>({1, 2, 3}));
+    EXPECT_TRUE(environment.ui().messageTexts().isEmpty());
+}
+
+TEST_F(PortableExportTest, LongSelectionsSkipIncompleteDocumentsAndRepeatedFiles) {
+    Connection repository = hitList->connection();
+    repository.execute("DELETE FROM KTItem WHERE itemid = 5");
+    repository.execute("DELETE FROM KTFile WHERE itemid = 6");
+    // Item 11 names item 10's file first, so it follows it as the same file twice in a row.
+    repository.execute("UPDATE KTFile SET fname = 'inv0000010.txt' WHERE itemid = 11");
+    // More documents than one read takes, then ids nobody has.
+    QList<qint32> selection;
+    for (qint32 id = 1; id <= 300; ++id)
+        selection << id;
+    for (qint32 id = 5001; id <= 5300; ++id)
+        selection << id;
+    hitList->selection = selection;
+    chooseMedium(MediaDialog::FullExport);
+    exportNow();
+
+    const QString volume = exportRoot() + "/" + driveVolume();
+    const QStringList documents = filesIn(volume + "/Document");
+    EXPECT_EQ(documents.size(), 297);
+    EXPECT_FALSE(documents.contains("inv0000005.txt"));
+    EXPECT_FALSE(documents.contains("inv0000006.txt"));
+    EXPECT_FALSE(documents.contains("inv0000011.txt"));
+    EXPECT_TRUE(documents.contains("inv0000300.txt"));
+    Connection portable = openPortable(volume);
+    EXPECT_EQ(rowsOf(portable, "SELECT count(*), min(itemid), max(itemid) FROM KTItem"),
+              QStringList{"298|0|300"});
+    EXPECT_EQ(rowsOf(portable, "SELECT count(*) FROM Invoices WHERE itemid IN (5, 6, 11)"),
+              QStringList{"0"});
+    // Each document's first file row, attachments staying behind.
+    EXPECT_EQ(
+        rowsOf(portable,
+               "SELECT fileid, fname FROM KTFile WHERE itemid IN (10, 20) ORDER BY fileid"),
+        rowsOf(repository,
+               "SELECT fileid, fname FROM KTFile WHERE fname IN "
+               "('inv0000010.txt', 'inv0000020.txt') AND itemid IN (10, 20) ORDER BY fileid"));
+    EXPECT_EQ(rowsOf(portable, "SELECT count(*) FROM KTFile"), QStringList{"297"});
+    portable.close();
+    EXPECT_EQ(hitList->locatedItemIds.size(), 297);
+    // The progress ends at the last document however seldom it was drawn on the way.
+    ASSERT_NE(Progressbar::current(), nullptr);
+    EXPECT_EQ(Progressbar::current()->value(), 600);
     EXPECT_TRUE(environment.ui().messageTexts().isEmpty());
 }
 

@@ -199,6 +199,9 @@ SampleResult createSample(const QString& dir, const SampleOptions& options) {
     if (options.documents < 1 || options.documents > SampleDocumentLimit)
         throw Error(ErrorNumber::InvalidArgument,
                     QStringLiteral("A sample holds 1 to %1 documents.").arg(SampleDocumentLimit));
+    if (options.filesOnDiskLimit < 1)
+        throw Error(ErrorNumber::InvalidArgument,
+                    QStringLiteral("A sample needs at least one document file on disk."));
     SampleResult result;
     result.dir = storedPath(dir);
     for (const QString& path : samplePaths(result.dir)) {
@@ -232,7 +235,7 @@ SampleResult createSample(const QString& dir, const SampleOptions& options) {
         result.groupId = group.groupId;
 
         SampleCounts& counts = result.counts;
-        const qint32 fileSlots = std::min(options.documents, SampleFilesOnDiskLimit);
+        const qint32 fileSlots = std::min(options.documents, options.filesOnDiskLimit);
         const FileSizes sizes = writeDocumentFiles(group.documentFolder, fileSlots, counts);
         writeViewerFiles(result.dir);
 

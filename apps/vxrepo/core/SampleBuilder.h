@@ -5,8 +5,16 @@
 
 namespace vx::repo {
 
+// Above this many documents the file rows share the first documents' files on disk.
+inline constexpr qint32 SampleFilesOnDiskLimit = 500;
+// Stored file names carry seven digits of the item id.
+inline constexpr qint32 SampleDocumentLimit = 9'999'999;
+
 struct SampleOptions {
     qint32 documents = 300;
+    // How many documents get files of their own on disk; the others' file rows name those
+    // files again. Raise it to the document count for a file per document.
+    qint32 filesOnDiskLimit = SampleFilesOnDiskLimit;
     // A PostgreSQL server for the database (see Repository::create); empty: SQLite in DIR.
     QString server;
     // The library catalog to list the sample's group in; empty: none.
@@ -43,11 +51,6 @@ struct SampleResult {
     qint32 groupId = 0;
     SampleCounts counts;
 };
-
-// Above this many documents the file rows share the first documents' files on disk.
-inline constexpr qint32 SampleFilesOnDiskLimit = 500;
-// Stored file names carry seven digits of the item id.
-inline constexpr qint32 SampleDocumentLimit = 9'999'999;
 
 // A complete sample in DIR: repository, group "Invoices" of library "Main", users, dictionary,
 // keywords, hint tables, revisions, security rows and document files, all the same on every run.

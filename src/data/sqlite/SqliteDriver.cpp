@@ -198,6 +198,18 @@ void SqliteDriver::open(const ConnectionProperties& properties, const QString&, 
     bool timeoutGiven = false;
     const int timeout = properties.value(QStringLiteral("Busy Timeout")).toInt(&timeoutGiven);
     sqlite3_busy_timeout(raw, timeoutGiven ? timeout : defaultBusyTimeoutMs);
+    // Set before the journal mode, whose switch is the first write to a new file.
+    const QString synchronous = properties.value(QStringLiteral("Synchronous")).trimmed().toUpper();
+    if (!synchronous.isEmpty()) {
+        static const QStringList levels{QStringLiteral("OFF"), QStringLiteral("NORMAL"),
+                                        QStringLiteral("FULL"), QStringLiteral("EXTRA")};
+        if (!levels.contains(synchronous))
+            throw Error(ErrorNumber::InvalidArgument,
+                        QStringLiteral("\"Synchronous\" is %1; it takes Off, Normal, Full or "
+                                       "Extra.")
+                            .arg(properties.value(QStringLiteral("Synchronous")).trimmed()));
+        run(raw, (QStringLiteral("PRAGMA synchronous=") + synchronous).toUtf8().constData());
+    }
     // Readers never block the writer. A read-only file stays in its own mode.
     if (!readOnly)
         sqlite3_exec(raw, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);

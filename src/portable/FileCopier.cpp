@@ -1,0 +1,158 @@
+#include "portable/FileCopier.h"
+
+#include "data/Error.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#ifdef Q_OS_LINUX
+#include <cerrno>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace vx {
+
+namespace {
+
+constexpr qint32 fileNotFound = 53;
+constexpr qsizetype bufferSize = qsizetype(1) << 20;
+
+Error notFound(const QString& from) {
+    return Error(fileNotFound, QStringLiteral("File not found: ") + QDir::toNativeSeparators(from));
+}
+
+#ifdef Q_OS_LINUX
+// The call is not there or cannot serve these two files: another way must copy them.
+bool unsupported(int error) {
+    return error == ENOSYS || error == EOPNOTSUPP || error == ENOTTY || error == EXDEV ||
+           error == EINVAL || error == EPERM || error == ETXTBSY;
+}
+#endif
+
+} // namespace
+
+void FileCopier::copyOverwriting(const QString& from, const QString& to) {
+    QFile source(from);
+    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        throw notFound(from);
+    qint64 size = -1;
+#ifdef Q_OS_LINUX
+    struct stat status {};
+    if (::fstat(source.handle(), &status) != 0 || !S_ISREG(status.st_mode))
+        throw notFound(from);
+    size = status.st_size;
+#else
+    if (!QFileInfo(from).isFile())
+        throw notFound(from);
+    size = source.size();
+#endif
+
+    QFile target(to);
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered) &&
+        QFileInfo::exists(to)) {
+        if (!QFile::remove(to))
+            throw Error(ErrorNumber::Unspecified,
+                        QStringLiteral("Permission denied: ") + QDir::toNativeSeparators(to));
+        target.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
+    }
+    QString reason;
+    bool copied = target.isOpen();
+    if (!copied) {
+        reason = target.errorString();
+    } else {
+        copied = copyBytes(source, target, size, reason);
+    }
+    if (!copied) {
+        target.close();
+        target.remove(); // never leave half a file behind
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("Cannot copy %1 to %2: %3")
+                        .arg(QDir::toNativeSeparators(from), QDir::toNativeSeparators(to), reason));
+    }
+}
+
+bool FileCopier::copyBytes(QFile& source, QFile& target, qint64 size, QString& reason) {
+    if (m_buffer.isEmpty())
+        m_buffer.resize(bufferSize);
+#ifdef Q_OS_LINUX
+    const int in = source.handle();
+    const int out = target.handle();
+    // A clone shares the blocks on file systems that can (what cp tries first, too).
+    if (m_tryClone && size > 0) {
+        if (::ioctl(out, FICLONE, in) == 0)
+            return true;
+        const int error = errno;
+        if (!unsupported(error)) {
+            reason = qt_error_string(error);
+            return false;
+        }
+        // Another pair of file systems may clone; this one never will.
+        m_tryClone = error != EOPNOTSUPP && error != ENOTTY && error != ENOSYS;
+    }
+    // The kernel copies without the bytes passing through this process.
+    qint64 done = 0;
+    while (m_tryKernelCopy && done < size) {
+        const ssize_t copied = ::copy_file_range(in, nullptr, out, nullptr, size_t(size - done), 0);
+        if (copied > 0) {
+            done += copied;
+            continue;
+        }
+        if (copied == 0)
+            break; // the file shrank, or its file system reports nothing here: read the rest
+        const int error = errno;
+        if (error == EINTR)
+            continue;
+        if (!unsupported(error)) {
+            reason = qt_error_string(error);
+            return false;
+        }
+        m_tryKernelCopy = error != ENOSYS && error != EOPNOTSUPP;
+        break;
+    }
+    // Whatever is left (all of it where the kernel could not copy) goes through the buffer,
+    // from where the kernel left the file offsets.
+    for (;;) {
+        const ssize_t read = ::read(in, m_buffer.data(), size_t(m_buffer.size()));
+        if (read == 0)
+            return true;
+        if (read < 0) {
+            if (errno == EINTR)
+                continue;
+            reason = qt_error_string(errno);
+            return false;
+        }
+        for (ssize_t written = 0; written < read;) {
+            const ssize_t step =
+                ::write(out, m_buffer.constData() + written, size_t(read - written));
+            if (step < 0) {
+                if (errno == EINTR)
+                    continue;
+                reason = qt_error_string(errno);
+                return false;
+            }
+            written += step;
+        }
+    }
+#else
+    Q_UNUSED(size);
+    for (;;) {
+        const qint64 read = source.read(m_buffer.data(), m_buffer.size());
+        if (read == 0)
+            return true;
+        if (read < 0) {
+            reason = source.errorString();
+            return false;
+        }
+        if (target.write(m_buffer.constData(), read) != read) {
+            reason = target.errorString();
+            return false;
+        }
+    }
+#endif
+}
+
+} // namespace vx
