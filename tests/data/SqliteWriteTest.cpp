@@ -73,15 +73,6 @@ TEST_F(SqliteWrite, KeylessRowsAreFoundByAllTheirValuesOneAtATime) {
               (QStringList{"tax|1", "vat|1"}));
 }
 
-TEST_F(SqliteWrite, AutoIncrementValuesAreHandedBack) {
-    connection.execute("CREATE TABLE counted (id COUNTER, name TEXT(20))");
-    const QVariant first = driver.insertRow("counted", {"name"}, {"a"}, "id");
-    const QVariant second = driver.insertRow("counted", {"name"}, {"b"}, "id");
-    EXPECT_EQ(first.toInt(), 1);
-    EXPECT_EQ(second.toInt(), 2);
-    EXPECT_EQ(stored("SELECT id, name FROM counted ORDER BY id"), (QStringList{"1|a", "2|b"}));
-}
-
 TEST_F(SqliteWrite, RepeatedInsertsOutliveTheStatementCacheAndReopening) {
     connection.execute("CREATE TABLE target (a LONG)");
     const QStringList columns{"a"};

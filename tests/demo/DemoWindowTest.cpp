@@ -60,9 +60,6 @@ TEST_F(DemoWindowTest, OpensTheSampleGroupAndRefusesAMissingOneWithAMessage) {
     EXPECT_EQ(window.session().formPath, sample.formDefinitionPath());
     EXPECT_EQ(window.session().queryFormPath, sample.queryFormPath());
     EXPECT_EQ(window.initFileIn(sample.dir()), sample.initFilePath());
-    EXPECT_EQ(window.locateDocument(2, QString()),
-              QDir::toNativeSeparators(QDir(sample.documentFolder()).filePath("inv0000002.txt")));
-    EXPECT_EQ(window.locateDocument(2, "gone.txt"), "ERROR");
     EXPECT_EQ(environment.ui().prompts().size(), 1) << "opening the sample asks nothing";
 }
 

@@ -43,29 +43,23 @@ QVariantList idsSortedBy(int count, Less less) {
 
 } // namespace
 
-TEST(Sort, SingleKeysByValueAndCaseInsensitiveTextNullsFirst) {
+TEST(Sort, KeysByValueInEitherDirectionCaseInsensitiveTextNullsFirst) {
     Recordset set = people();
-    set.setSort("name");
-    // Equal names ("Alice", "alice") keep storage order; null first.
-    EXPECT_EQ(columnValues(set, 0), (QVariantList{3, 2, 4, 1, 5}));
-    set.setSort("[name] DESC");
-    EXPECT_EQ(columnValues(set, 0), (QVariantList{5, 1, 2, 4, 3})); // null last
-    set.setSort("born ASC");
-    EXPECT_EQ(columnValues(set, 0), (QVariantList{3, 2, 4, 1, 5})); // by date and time
-    set.setSort("score desc");
-    EXPECT_EQ(columnValues(set, 0), (QVariantList{4, 1, 5, 3, 2}));
-    set.setSort("");
-    EXPECT_EQ(columnValues(set, 0), (QVariantList{1, 2, 3, 4, 5}));
-    EXPECT_EQ(set.position(), 0); // a new sort starts at the first row
-}
-
-TEST(Sort, SeveralKeysInMixedDirections) {
-    Recordset set = people();
-    set.setSort("[city] ASC, [score] DESC");
-    EXPECT_EQ(columnValues(set, 0), (QVariantList{5, 4, 3, 1, 2}));
-    set.setSort("city DESC,id DESC");
-    EXPECT_EQ(columnValues(set, 0), (QVariantList{2, 1, 4, 3, 5}));
-    EXPECT_EQ(set.sort(), "city DESC,id DESC");
+    const std::pair<const char*, QVariantList> sorts[] = {
+        {"name", {3, 2, 4, 1, 5}},        // "Alice" and "alice" keep storage order; null first
+        {"[name] DESC", {5, 1, 2, 4, 3}}, // null last
+        {"born ASC", {3, 2, 4, 1, 5}},    // by date and time
+        {"score desc", {4, 1, 5, 3, 2}},
+        {"[city] ASC, [score] DESC", {5, 4, 3, 1, 2}},
+        {"city DESC,id DESC", {2, 1, 4, 3, 5}},
+        {"", {1, 2, 3, 4, 5}}};
+    for (const auto& [sort, ids] : sorts) {
+        set.moveLast();
+        set.setSort(QString::fromLatin1(sort));
+        EXPECT_EQ(columnValues(set, 0), ids) << sort;
+        EXPECT_EQ(set.sort(), QString::fromLatin1(sort));
+        EXPECT_EQ(set.position(), 0) << "a new sort starts at the first row";
+    }
 }
 
 TEST(Sort, UnknownColumnIsRefusedAndChangesNothing) {

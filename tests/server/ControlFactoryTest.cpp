@@ -1,12 +1,9 @@
 #include "data/Error.h"
-#include "server/ControlFactory.h"
 #include "server/LateBinding.h"
 #include "server/TypeLibrary.h"
 
 #include <QWidget>
 #include <gtest/gtest.h>
-
-#include <memory>
 
 namespace {
 
@@ -40,20 +37,6 @@ private:
     QString m_init;
     QStringList m_items;
 };
-
-TEST(ControlFactory, CreatesByClassNameAndRefusesUnknownNames) {
-    vx::ControlFactory::registerControl<SampleControl>(QStringLiteral("VXUILib.SampleControl"));
-    std::unique_ptr<QWidget> control(vx::ControlFactory::create("vxuilib.samplecontrol"));
-    ASSERT_NE(dynamic_cast<SampleControl*>(control.get()), nullptr);
-    EXPECT_TRUE(vx::ControlFactory::classNames().contains("VXUILib.SampleControl"));
-
-    try {
-        vx::ControlFactory::create(QStringLiteral("VXUILib.NoSuchThing"));
-        FAIL() << "an unknown class name must fail";
-    } catch (const vx::Error& error) {
-        EXPECT_TRUE(error.description().contains("VXUILib.NoSuchThing"));
-    }
-}
 
 TEST(LateBinding, ReachesMembersByNameAndFailsOnMissingOnes) {
     SampleControl control;

@@ -3,8 +3,8 @@
 #include "data/Error.h"
 
 #include <QLocale>
+#include <climits>
 #include <gtest/gtest.h>
-#include <limits>
 
 using namespace vx;
 
@@ -47,20 +47,18 @@ TEST(Conversions, TextToBoolean) {
 
 TEST(Conversions, ToInt32RoundsHalvesToEvenAndChecksRange) {
     LocaleScope scope(us);
-    EXPECT_EQ(toInt32(2.5), 2);
-    EXPECT_EQ(toInt32(3.5), 4);
-    EXPECT_EQ(toInt32(-2.5), -2);
-    EXPECT_EQ(toInt32(-3.5), -4);
-    EXPECT_EQ(toInt32(2.5000001), 3);
-    EXPECT_EQ(toInt32(QString("0.5")), 0);
-    EXPECT_EQ(toInt32(QString(" 1.5 ")), 2);
-    EXPECT_EQ(toInt32(QString("1e3")), 1000);
-    EXPECT_EQ(toInt32(QString("&H10")), 16);
+    const std::pair<double, qint32> numbers[] = {
+        {2.5, 2}, {3.5, 4}, {-2.5, -2}, {-3.5, -4}, {2.5000001, 3}};
+    for (const auto& [number, expected] : numbers)
+        EXPECT_EQ(toInt32(number), expected) << number;
+    const std::pair<const char*, qint32> texts[] = {
+        {"0.5", 0}, {" 1.5 ", 2}, {"1e3", 1000}, {"&H10", 16}};
+    for (const auto& [text, expected] : texts)
+        EXPECT_EQ(toInt32(QString(text)), expected) << text;
+    EXPECT_EQ(toInt32(2147483647.4), INT_MAX);
+    EXPECT_EQ(toInt32(-2147483648.0), INT_MIN);
     EXPECT_EQ(toInt32(true), -1);
-    EXPECT_EQ(toInt32(2147483647.4), 2147483647);
-    EXPECT_EQ(toInt32(-2147483648.0), std::numeric_limits<qint32>::min());
     EXPECT_EQ(toInt32(qint64(-5)), -5);
-
     for (const QVariant& big : {QVariant(2147483647.5), QVariant(-2147483649.0),
                                 QVariant(qint64(1) << 40), QVariant(QString("3000000000"))})
         EXPECT_EQ(errorNumberOf([&] { toInt32(big); }), ErrorNumber::Overflow)
@@ -133,17 +131,16 @@ TEST(Conversions, FormatDateTimePatterns) {
 
 TEST(Conversions, FormatNumberPatterns) {
     LocaleScope scope(us);
-    EXPECT_EQ(formatNumber(0, "0000"), "0000");
-    EXPECT_EQ(formatNumber(7, "0000"), "0007");
-    EXPECT_EQ(formatNumber(12345, "0000"), "12345");
-    EXPECT_EQ(formatNumber(2.5, "0000"), "0003") << "displayed halves round away from zero";
-    EXPECT_EQ(formatNumber(2.5, "#########.##"), "2.5");
-    EXPECT_EQ(formatNumber(3, "#########.##"), "3");
-    EXPECT_EQ(formatNumber(2.675, "#########.##"), "2.68");
-    EXPECT_EQ(formatNumber(0.004, "#########.##"), "0");
-    EXPECT_EQ(formatNumber(0.125, "#########.##"), "0.13");
-    EXPECT_EQ(formatNumber(9.999, "#########.##"), "10");
-    EXPECT_EQ(formatNumber(-1.5, "#########.##"), "-1.5");
+    // Displayed halves round away from zero.
+    const std::pair<double, const char*> padded[] = {
+        {0, "0000"}, {7, "0007"}, {12345, "12345"}, {2.5, "0003"}};
+    for (const auto& [number, text] : padded)
+        EXPECT_EQ(formatNumber(number, "0000"), text) << number;
+    const std::pair<double, const char*> decimals[] = {
+        {2.5, "2.5"},    {3, "3"},      {2.675, "2.68"}, {0.004, "0"},
+        {0.125, "0.13"}, {9.999, "10"}, {-1.5, "-1.5"}};
+    for (const auto& [number, text] : decimals)
+        EXPECT_EQ(formatNumber(number, "#########.##"), text) << number;
     EXPECT_EQ(formatNumber(1234567.891, "#,##0.00"), "1,234,567.89");
     LocaleScope german(germany);
     EXPECT_EQ(formatNumber(2.5, "#########.##"), "2,5");

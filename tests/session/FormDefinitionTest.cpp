@@ -60,10 +60,8 @@ TEST(GetControlValuesFromXML, FindsAFieldsPropertyByItsColumn) {
     // No control has it: found, but empty.
     EXPECT_EQ(GetControlValuesFromXML("ColumnName", "Due", "HintListType"), "");
     EXPECT_TRUE(env.ui().prompts().isEmpty());
-}
 
-TEST(GetControlValuesFromXML, UnevenCountsReadTheFirstWantedElement) {
-    test::TestEnvironment env;
+    // Uneven counts: the first wanted element answers.
     library().formDefinitionPath = env.writeFile("uneven.xml", unevenForm);
     EXPECT_EQ(GetControlValuesFromXML("columnname", "a", "allowupdate"), "first");
     EXPECT_EQ(GetControlValuesFromXML("columnname", "c", "allowupdate"), "first");
@@ -135,10 +133,7 @@ TEST(FormDefinition, ListsControlsInDocumentOrder) {
 }
 
 TEST(Schema, FieldTypeNamesAreExact) {
-    for (FieldType type : {FieldType::Memo, FieldType::Edit, FieldType::Numeric, FieldType::Check,
-                           FieldType::Combo, FieldType::List, FieldType::Date})
-        EXPECT_EQ(fieldTypeFromName(fieldTypeName(type)), type);
-    EXPECT_EQ(fieldTypeName(FieldType::Combo), "ComboField");
+    EXPECT_EQ(fieldTypeFromName("ComboField"), FieldType::Combo);
     EXPECT_EQ(fieldTypeFromName("editfield"), FieldType::Unknown);
     EXPECT_EQ(fieldTypeFromName("EditField "), FieldType::Unknown);
     EXPECT_EQ(fieldTypeFromName(""), FieldType::Unknown);

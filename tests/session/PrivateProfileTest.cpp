@@ -43,15 +43,12 @@ TEST(PrivateProfile, ReadsWithThePlatformsRules) {
     EXPECT_EQ(privateProfileKeys(ini, "datalinks"),
               QStringList({"GROUP", "Single", "Mixed", "Empty", "Group"}));
     EXPECT_TRUE(privateProfileKeys(ini, "none").isEmpty());
-}
 
-TEST(PrivateProfile, ReadsUtf16AndBareLineFeeds) {
-    test::TestEnvironment env;
+    // UTF-16 with bare line feeds.
     QByteArray utf16("\xFF\xFE");
     const QString text = "[S]\nName=Zoë\n";
     utf16.append(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-    const QString ini = env.writeFile("u16.ini", utf16);
-    EXPECT_EQ(readPrivateProfileString(ini, "s", "name", ""), "Zoë");
+    EXPECT_EQ(readPrivateProfileString(env.writeFile("u16.ini", utf16), "s", "name", ""), "Zoë");
 }
 
 TEST(PrivateProfile, WriteKeepsEverythingElseInPlace) {
@@ -83,17 +80,6 @@ TEST(GroupConnection, BuildsTheConnectionTextFromTheInitFile) {
     const QString longPath = "/" + QString(299, u'p');
     const QString longIni = env.writeFile("long.ini", "[datalinks]\nGroup=" + longPath.toUtf8());
     EXPECT_EQ(groupConnectionText(longIni), "File Name=" + longPath.left(259) + suffix);
-}
-
-TEST(GroupConnection, OpenFailsWithAnErrorWhenTheFileNamesNoDataLink) {
-    test::TestEnvironment env;
-    const QString ini = env.writeFile("bare.ini", "[other]\r\n");
-    try {
-        openGroupConnection(ini);
-        FAIL() << "opening without a data-link file succeeded";
-    } catch (const Error& error) {
-        EXPECT_FALSE(error.description().isEmpty());
-    }
 }
 
 TEST(HandOverFile, ReadsValuesAndIsDeletedOnlyWhenAsked) {

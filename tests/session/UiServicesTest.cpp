@@ -12,46 +12,28 @@
 
 using namespace vx;
 
-TEST(ScriptedUiServices, AnswersInOrderAndFlagsUnexpectedPrompts) {
-    test::TestEnvironment env;
-    env.ui().answerMessage(MessageAnswer::Yes).answerInput("Monthly").cancelInput();
-    EXPECT_EQ(ui().messageBox("Save?", MessageStyle::YesNo | MessageStyle::Question, "Save"),
-              MessageAnswer::Yes);
-    EXPECT_EQ(ui().inputBox("Name", "Save Query", "q1"), QString("Monthly"));
-    EXPECT_EQ(ui().inputBox("Name", "Save Query", "q1"), std::nullopt);
-    ASSERT_EQ(env.ui().prompts().size(), 3);
-    EXPECT_EQ(env.ui().prompts()[0].icon, MessageStyle::Question);
-    EXPECT_EQ(env.ui().prompts()[0].buttons, MessageStyle::YesNo);
-    EXPECT_EQ(env.ui().prompts()[1].defaultText, "q1");
-
-    MessageAnswer neutral = MessageAnswer::Yes;
-    EXPECT_NONFATAL_FAILURE(neutral = ui().messageBox("Delete all?", MessageStyle::YesNo, ""),
-                            "Delete all?");
-    EXPECT_EQ(neutral, MessageAnswer::No);
-    env.ui().answerFolder("/tmp");
-    std::optional<QString> text = QString("x");
-    EXPECT_NONFATAL_FAILURE(text = ui().inputBox("Label", "", ""), "folder browser");
-    EXPECT_EQ(text, std::nullopt);
-    EXPECT_EQ(ui().browseForFolder(nullptr, "Destination"), "/tmp")
-        << "a mismatch keeps the answer";
-
-    ui().sleep(500);
-    EXPECT_EQ(env.ui().sleeps(), QList<int>{500});
-}
-
-TEST(TestEnvironment, PutsEverythingBack) {
+// The scripted UI every suite relies on must fail a test on a prompt nobody expected.
+TEST(ScriptedUiServices, FlagsUnexpectedPromptsAndAnswersThemNeutrally) {
     UiServices* outer = nullptr;
     {
-        test::TestEnvironment first;
+        test::TestEnvironment env;
         outer = &ui();
-        EXPECT_EQ(outer, &first.ui());
+        MessageAnswer neutral = MessageAnswer::Yes;
+        EXPECT_NONFATAL_FAILURE(neutral = ui().messageBox("Delete all?", MessageStyle::YesNo, ""),
+                                "Delete all?");
+        EXPECT_EQ(neutral, MessageAnswer::No);
+        env.ui().answerFolder("/tmp");
+        std::optional<QString> text = QString("x");
+        EXPECT_NONFATAL_FAILURE(text = ui().inputBox("Label", "", ""), "folder browser");
+        EXPECT_EQ(text, std::nullopt);
+        EXPECT_EQ(ui().browseForFolder(nullptr, "Destination"), "/tmp")
+            << "a mismatch keeps the answer";
         {
-            test::TestEnvironment second;
-            EXPECT_EQ(&ui(), &second.ui());
-            EXPECT_EQ(systemFolder(), second.systemFolder());
+            test::TestEnvironment inner;
+            EXPECT_EQ(systemFolder(), inner.systemFolder());
         }
-        EXPECT_EQ(&ui(), outer);
-        EXPECT_EQ(systemFolder(), first.systemFolder());
+        EXPECT_EQ(&ui(), outer) << "an environment puts back what it replaced";
+        EXPECT_EQ(systemFolder(), env.systemFolder());
     }
     EXPECT_NE(dynamic_cast<QtUiServices*>(&ui()), nullptr);
 }

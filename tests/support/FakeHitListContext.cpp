@@ -84,32 +84,12 @@ QString FakeHitListContext::queryString() const {
     return d->query;
 }
 
-QString FakeHitListContext::groupTableName() const {
-    return SampleRepository::GroupName;
-}
-
 qint32 FakeHitListContext::groupId() const {
     return d->groupId;
 }
 
-QString FakeHitListContext::userName() const {
-    return QStringLiteral("admin");
-}
-
-qint32 FakeHitListContext::userPermission() const {
-    return permission;
-}
-
 QString FakeHitListContext::initFilePath() const {
     return d->initFile;
-}
-
-QString FakeHitListContext::serverName() const {
-    return server;
-}
-
-bool FakeHitListContext::isServer() const {
-    return onServer;
 }
 
 qint32 FakeHitListContext::currentItemId() const {
@@ -128,18 +108,6 @@ QList<qint32> FakeHitListContext::selectionForCommand() {
     return selection;
 }
 
-QString FakeHitListContext::clickedColumnCaption() const {
-    return clickedCaption;
-}
-
-void FakeHitListContext::makeResultRowCurrent() {
-    raiseCurrentItemID();
-}
-
-void FakeHitListContext::layoutControl() {
-    ++layouts;
-}
-
 void FakeHitListContext::requeryList() {
     ++requeries;
     const qint32 remembered = currentItemId();
@@ -148,24 +116,22 @@ void FakeHitListContext::requeryList() {
         d->result.moveFirst();
 }
 
-QString FakeHitListContext::locateDocumentFromID(qint32 itemId, const QString& file,
-                                                 const QString& volume) {
-    events << QStringLiteral("LocateDocumentFromID");
+QString FakeHitListContext::answerLocate(const QString& event, qint32 itemId, const QString& file,
+                                         const QString& volume) {
+    events << event;
     locatedItemIds << itemId;
     const QString answer = locate(itemId, file, volume);
     return answer.isEmpty() ? QStringLiteral("ERROR") : answer;
+}
+
+QString FakeHitListContext::locateDocumentFromID(qint32 itemId, const QString& file,
+                                                 const QString& volume) {
+    return answerLocate(QStringLiteral("LocateDocumentFromID"), itemId, file, volume);
 }
 
 QString FakeHitListContext::locateDocumentToMove(qint32 itemId, const QString& file,
                                                  const QString& volume) {
-    events << QStringLiteral("LocateDocumentToMove");
-    locatedItemIds << itemId;
-    const QString answer = locate(itemId, file, volume);
-    return answer.isEmpty() ? QStringLiteral("ERROR") : answer;
-}
-
-void FakeHitListContext::raiseGetServerName() {
-    events << QStringLiteral("GetServerName");
+    return answerLocate(QStringLiteral("LocateDocumentToMove"), itemId, file, volume);
 }
 
 void FakeHitListContext::raiseCurrentItemID() {

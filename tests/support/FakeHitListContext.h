@@ -58,30 +58,33 @@ public:
     Connection connection() override;
     Recordset resultSet() override;
     QString queryString() const override;
-    QString groupTableName() const override;
+    QString groupTableName() const override { return QStringLiteral("Invoices"); }
     qint32 groupId() const override;
-    QString userName() const override;
-    qint32 userPermission() const override;
+    QString userName() const override { return QStringLiteral("admin"); }
+    qint32 userPermission() const override { return permission; }
     QString initFilePath() const override;
-    QString serverName() const override;
-    bool isServer() const override;
+    QString serverName() const override { return server; }
+    bool isServer() const override { return onServer; }
     qint32 currentItemId() const override;
     VXDynaForm* form() override;
     QList<qint32> selectionForCommand() override;
-    QString clickedColumnCaption() const override;
-    void makeResultRowCurrent() override;
-    void layoutControl() override;
+    QString clickedColumnCaption() const override { return clickedCaption; }
+    void makeResultRowCurrent() override { raiseCurrentItemID(); }
+    void layoutControl() override { ++layouts; }
     void requeryList() override;
     QString locateDocumentFromID(qint32 itemId, const QString& file,
                                  const QString& volume) override;
     QString locateDocumentToMove(qint32 itemId, const QString& file,
                                  const QString& volume) override;
-    void raiseGetServerName() override;
+    void raiseGetServerName() override { events << QStringLiteral("GetServerName"); }
     void raiseCurrentItemID() override;
     void raiseRecordAuditTrail(const QString& action, const QList<qint32>& itemIds,
                                const QString& description) override;
 
 private:
+    QString answerLocate(const QString& event, qint32 itemId, const QString& file,
+                         const QString& volume);
+
     struct Private;
     std::unique_ptr<Private> const d;
 };

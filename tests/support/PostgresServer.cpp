@@ -1,13 +1,13 @@
 #include "PostgresServer.h"
 
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
 // The harness forks the server as another user and has it die with the tests: Linux only.
 #if defined(Q_OS_LINUX)
-
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QThread>
 #include <algorithm>
 #include <arpa/inet.h>
@@ -23,12 +23,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
+#endif
 
 namespace vx::test {
 
+const QString superUser = QStringLiteral("vxadmin");
+
+#if defined(Q_OS_LINUX)
+
 namespace {
 
-const QString superUser = QStringLiteral("vxadmin");
 constexpr int initTimeoutMs = 120000;
 constexpr int startTimeoutMs = 30000;
 constexpr int stopTimeoutMs = 15000;
@@ -118,6 +122,7 @@ struct PostgresServer::Private {
     QString password;
     int databases = 0;
 
+    bool running() const { return serverPid > 0; }
     QString path(const QString& name) const { return folder->filePath(name); }
     QString dataFolder() const { return path(QStringLiteral("data")); }
     QString logPath() const { return path(QStringLiteral("server.log")); }
@@ -286,6 +291,27 @@ struct PostgresServer::Private {
     }
 };
 
+#else
+
+struct PostgresServer::Private {
+    QString binaries;
+    QString skipReason;
+    QString failure;
+    std::unique_ptr<QTemporaryDir> folder;
+    quint16 port = 0;
+    QString password;
+    int databases = 0;
+
+    void start() {
+        skipReason = QStringLiteral("the throw-away PostgreSQL server runs on Linux only");
+    }
+    void stop() {}
+    bool running() const { return false; }
+    bool run(const QString&, const QStringList&, bool, int) { return false; }
+};
+
+#endif
+
 PostgresServer& PostgresServer::instance() {
     static PostgresServer server;
     return server;
@@ -309,7 +335,7 @@ QString PostgresServer::skipReason() const {
 }
 
 bool PostgresServer::isRunning() const {
-    return d->serverPid > 0;
+    return d->running();
 }
 
 QString PostgresServer::failure() const {
@@ -348,48 +374,3 @@ quint16 PostgresServer::port() const {
 }
 
 } // namespace vx::test
-
-#else
-
-namespace vx::test {
-
-struct PostgresServer::Private {};
-
-PostgresServer& PostgresServer::instance() {
-    static PostgresServer server;
-    return server;
-}
-PostgresServer::PostgresServer()
-    : d(std::make_unique<Private>()) {}
-PostgresServer::~PostgresServer() = default;
-bool PostgresServer::isAvailable() const {
-    return false;
-}
-QString PostgresServer::skipReason() const {
-    return QStringLiteral("the throw-away PostgreSQL server runs on Linux only");
-}
-bool PostgresServer::isRunning() const {
-    return false;
-}
-QString PostgresServer::failure() const {
-    return {};
-}
-QString PostgresServer::createDatabase() {
-    return {};
-}
-QString PostgresServer::createDatabaseFrom(const QString&) {
-    return {};
-}
-QString PostgresServer::initStringWithoutPassword(const QString&) const {
-    return {};
-}
-QString PostgresServer::password() const {
-    return {};
-}
-quint16 PostgresServer::port() const {
-    return 0;
-}
-
-} // namespace vx::test
-
-#endif

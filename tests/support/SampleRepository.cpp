@@ -119,31 +119,6 @@ QString SampleRepository::path(const QString& relative) const {
 QString SampleRepository::dir() const {
     return repo::storedPath(m_folder.path());
 }
-QString SampleRepository::initFilePath() const {
-    return path(GroupName + ".ini");
-}
-QString SampleRepository::dataLinkPath() const {
-    return path(GroupName + ".udl");
-}
-QString SampleRepository::databasePath() const {
-    return path(QStringLiteral("repository.db"));
-}
-
-QString SampleRepository::formDefinitionPath() const {
-    return path(QStringLiteral("config/") + GroupName + ".xml");
-}
-
-QString SampleRepository::queryFormPath() const {
-    return path(QStringLiteral("config/") + GroupName + ".xqr");
-}
-
-QString SampleRepository::documentFolder() const {
-    return path(QStringLiteral("documents/") + GroupName);
-}
-
-QString SampleRepository::connectionText() const {
-    return QStringLiteral("File Name=") + dataLinkPath();
-}
 
 qint32 SampleRepository::groupId() const {
     return cachedSample().result.groupId;

@@ -30,13 +30,15 @@ public:
     static inline const QString LibraryName = QStringLiteral("Main");
 
     QString dir() const;
-    QString initFilePath() const;
-    QString dataLinkPath() const;
-    QString databasePath() const;
-    QString formDefinitionPath() const; // the index form, DIR/config/Invoices.xml
-    QString queryFormPath() const;      // DIR/config/Invoices.xqr
-    QString documentFolder() const;     // DIR/documents/Invoices
-    QString connectionText() const;     // "File Name=" + the group's data-link file
+    QString initFilePath() const { return path(GroupName + ".ini"); }
+    QString dataLinkPath() const { return path(GroupName + ".udl"); }
+    QString databasePath() const { return path(QStringLiteral("repository.db")); }
+    // The index and query forms, DIR/config/Invoices.xml and .xqr.
+    QString formDefinitionPath() const { return path("config/" + GroupName + ".xml"); }
+    QString queryFormPath() const { return path("config/" + GroupName + ".xqr"); }
+    QString documentFolder() const { return path("documents/" + GroupName); }
+    // "File Name=" + the group's data-link file.
+    QString connectionText() const { return "File Name=" + dataLinkPath(); }
     qint32 groupId() const;
 
     // Rows per table of the sample as built.

@@ -18,29 +18,22 @@ QString kindName(Prompt::Kind kind) {
 }
 
 ScriptedUiServices& ScriptedUiServices::answerMessage(MessageAnswer answer) {
-    m_answers.push_back({Prompt::Kind::MessageBox, answer, std::nullopt, {}});
+    m_answers.push_back({Prompt::Kind::MessageBox, answer, std::nullopt});
     return *this;
 }
 
 ScriptedUiServices& ScriptedUiServices::answerInput(const QString& text) {
-    m_answers.push_back({Prompt::Kind::InputBox, MessageAnswer::Ok, text, {}});
+    m_answers.push_back({Prompt::Kind::InputBox, MessageAnswer::Ok, text});
     return *this;
 }
 
 ScriptedUiServices& ScriptedUiServices::cancelInput() {
-    m_answers.push_back({Prompt::Kind::InputBox, MessageAnswer::Cancel, std::nullopt, {}});
+    m_answers.push_back({Prompt::Kind::InputBox, MessageAnswer::Cancel, std::nullopt});
     return *this;
 }
 
 ScriptedUiServices& ScriptedUiServices::answerFolder(const QString& folder) {
-    m_answers.push_back({Prompt::Kind::FolderBrowser, MessageAnswer::Ok, folder, {}});
-    return *this;
-}
-
-ScriptedUiServices&
-ScriptedUiServices::answerMessageWith(std::function<MessageAnswer(const Prompt&)> answer) {
-    m_answers.push_back(
-        {Prompt::Kind::MessageBox, MessageAnswer::Ok, std::nullopt, std::move(answer)});
+    m_answers.push_back({Prompt::Kind::FolderBrowser, MessageAnswer::Ok, folder});
     return *this;
 }
 
@@ -54,9 +47,7 @@ QStringList ScriptedUiServices::messageTexts() const {
 }
 
 std::optional<Prompt> ScriptedUiServices::lastPrompt() const {
-    if (m_prompts.isEmpty())
-        return std::nullopt;
-    return m_prompts.back();
+    return m_prompts.isEmpty() ? std::nullopt : std::optional<Prompt>(m_prompts.back());
 }
 
 std::optional<ScriptedUiServices::Answer> ScriptedUiServices::takeAnswer(const Prompt& prompt) {
@@ -73,7 +64,7 @@ std::optional<ScriptedUiServices::Answer> ScriptedUiServices::takeAnswer(const P
                       << prompt.text.toStdString() << "\"";
         return std::nullopt;
     }
-    Answer answer = std::move(m_answers.front());
+    const Answer answer = m_answers.front();
     m_answers.pop_front();
     return answer;
 }
@@ -86,18 +77,11 @@ MessageAnswer ScriptedUiServices::messageBox(const QString& text, int style, con
     prompt.style = style;
     prompt.buttons = MessageStyle::buttonsOf(style);
     prompt.icon = MessageStyle::iconOf(style);
-    const auto answer = takeAnswer(prompt);
-    if (!answer) {
-        switch (prompt.buttons) {
-        case MessageStyle::OkOnly:
-            return MessageAnswer::Ok;
-        case MessageStyle::YesNo:
-            return MessageAnswer::No;
-        default:
-            return MessageAnswer::Cancel;
-        }
-    }
-    return answer->compute ? answer->compute(prompt) : answer->message;
+    if (const auto answer = takeAnswer(prompt))
+        return answer->message;
+    if (prompt.buttons == MessageStyle::OkOnly)
+        return MessageAnswer::Ok;
+    return prompt.buttons == MessageStyle::YesNo ? MessageAnswer::No : MessageAnswer::Cancel;
 }
 
 std::optional<QString> ScriptedUiServices::inputBox(const QString& text, const QString& title,
@@ -127,7 +111,6 @@ void ScriptedUiServices::setBusyCursor(bool busy) {
 }
 
 void ScriptedUiServices::processEvents() {
-    ++m_processEventsCalls;
     QCoreApplication::processEvents();
     if (m_processEventsHook)
         m_processEventsHook();

@@ -35,8 +35,6 @@ public:
     ScriptedUiServices& answerInput(const QString& text);
     ScriptedUiServices& cancelInput();
     ScriptedUiServices& answerFolder(const QString& folder);
-    // An answer computed when the prompt arrives (it may also change state, like a user would).
-    ScriptedUiServices& answerMessageWith(std::function<MessageAnswer(const Prompt&)> answer);
     int pendingAnswers() const { return int(m_answers.size()); }
 
     const QList<Prompt>& prompts() const { return m_prompts; }
@@ -49,7 +47,6 @@ public:
     const QList<std::pair<QString, QString>>& shellCalls() const { return m_shellCalls; }
     void setShellExecuteResult(bool result) { m_shellResult = result; }
     bool busy() const { return m_busyDepth > 0; }
-    int processEventsCalls() const { return m_processEventsCalls; }
     // Called on each processEvents(), after the real event processing: lets a test act as the
     // user of a modeless dialog the code is waiting for.
     void onProcessEvents(std::function<void()> hook) { m_processEventsHook = std::move(hook); }
@@ -68,7 +65,6 @@ private:
         Prompt::Kind kind;
         MessageAnswer message = MessageAnswer::Ok;
         std::optional<QString> text;
-        std::function<MessageAnswer(const Prompt&)> compute;
     };
     // The next answer when it is of the prompt's kind; fails the test otherwise.
     std::optional<Answer> takeAnswer(const Prompt& prompt);
@@ -79,7 +75,6 @@ private:
     QList<std::pair<QString, QString>> m_shellCalls;
     bool m_shellResult = true;
     int m_busyDepth = 0;
-    int m_processEventsCalls = 0;
     std::function<void()> m_processEventsHook;
 };
 

@@ -6,7 +6,9 @@
 #include <QDateTime>
 
 namespace vx::test {
+namespace {
 
+// How a value reads in the log: texts as they are, "Empty" when unset, dates in ISO form.
 QString logText(const QVariant& value) {
     if (!value.isValid() || value.isNull())
         return QStringLiteral("Empty");
@@ -21,6 +23,8 @@ QString logText(const QVariant& value) {
         return value.toString();
     }
 }
+
+} // namespace
 
 void SpyState::record(const QString& member, const QString& details) {
     calls << member + details;
@@ -119,16 +123,6 @@ SpyScanIndex* SpyCompanions::lastScanIndex() const {
 SpySecurity* SpyCompanions::lastSecurity() const {
     return lastOf(m_state->securityManagers);
 }
-SpySqlQuery* SpyCompanions::lastSqlQuery() const {
-    return lastOf(m_state->sqlQueries);
-}
-
-QList<SpyItemList*> SpyCompanions::itemLists() const {
-    QList<SpyItemList*> lists;
-    for (const QPointer<SpyItemList>& list : std::as_const(m_state->itemLists))
-        lists << list.data();
-    return lists;
-}
 
 // --- form ---
 
@@ -182,6 +176,10 @@ bool SpyDynaForm::ListItemPresent() const {
 
 void SpyDynaForm::ResetFields() {
     m_state->record(QStringLiteral("VXDynaForm.ResetFields"), QStringLiteral("()"));
+    clearValues();
+}
+
+void SpyDynaForm::clearValues() {
     for (SpyField& field : m_fields) {
         field.value = QVariant();
         field.entries.clear();
@@ -242,10 +240,7 @@ bool SpyDynaForm::FieldsValid() const {
 
 void SpyDynaForm::ClearForm() {
     m_state->record(QStringLiteral("VXDynaForm.ClearForm"), QStringLiteral("()"));
-    for (SpyField& field : m_fields) {
-        field.value = QVariant();
-        field.entries.clear();
-    }
+    clearValues();
 }
 
 bool SpyDynaForm::LoadForm(QString& path) {

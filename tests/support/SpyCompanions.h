@@ -67,9 +67,6 @@ struct SpyState {
     void record(const QString& member, const QString& details = {});
 };
 
-// How a value reads in the log: texts as they are, "Empty" when unset, dates in ISO form.
-QString logText(const QVariant& value);
-
 // Registers spy implementations for the companion class names for its lifetime (the previous
 // registrations come back afterwards). Every call on a spy is appended, with its arguments, to
 // one call log: "VXScanIndex.SetFieldContent(Customer, Acme)", "VXSecurity.Init = /x/g.ini",
@@ -95,8 +92,6 @@ public:
     SpyDynaForm* lastForm() const;
     SpyScanIndex* lastScanIndex() const;
     SpySecurity* lastSecurity() const;
-    SpySqlQuery* lastSqlQuery() const;
-    QList<SpyItemList*> itemLists() const;
 
 private:
     std::shared_ptr<SpyState> m_state;
@@ -135,6 +130,7 @@ public:
 private:
     SpyField* current();
     const SpyField* current() const;
+    void clearValues();
 
     std::shared_ptr<SpyState> m_state;
     QList<SpyField> m_fields;
