@@ -8,7 +8,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -29,10 +28,7 @@ protected:
     test::SampleRepository sample;
     DynaForm form;
 
-    void load(const QString& definition) {
-        QString path = definition;
-        ASSERT_TRUE(form.LoadForm(path));
-    }
+    void load(QString path) { ASSERT_TRUE(form.LoadForm(path)); }
 
     template <class T>
     T* input(const QString& fieldObjectName, const char* inputName) {
@@ -51,18 +47,16 @@ TEST_F(DynaFormTest, RendersOneLabelledEditorPerFieldAndWalksThemInFormOrder) {
     ASSERT_EQ(form.fieldCount(), 8);
 
     QStringList names;
-    QStringList captions;
     for (form.MoveFirstField(); !form.FieldEOF(); form.MoveNextField()) {
         names << form.FieldName();
-        captions << form.FieldCaption();
-        EXPECT_FALSE(form.FieldValue().isValid()) << "unset: " << names.last().toStdString();
-        EXPECT_FALSE(form.ListItemPresent());
+        EXPECT_FALSE(form.FieldValue().isValid() || form.ListItemPresent()) << names.size();
     }
     EXPECT_EQ(names, SampleColumns);
-    EXPECT_EQ(captions.first(), QStringLiteral("Invoice number"));
     EXPECT_TRUE(form.FieldName().isEmpty()) << "past the last field";
+    form.MoveFirstField();
+    EXPECT_EQ(form.FieldCaption(), QStringLiteral("Invoice number"));
 
-    // One editor of the field's kind, labelled by its caption.
+    // One editor of the field's kind.
     EXPECT_NE((input<QLineEdit>("field_InvoiceNo", "edit")), nullptr);
     EXPECT_NE((input<QLineEdit>("field_Amount", "number")), nullptr);
     EXPECT_NE((input<QLineEdit>("field_InvoiceDate", "date")), nullptr);
@@ -72,18 +66,11 @@ TEST_F(DynaFormTest, RendersOneLabelledEditorPerFieldAndWalksThemInFormOrder) {
     ASSERT_NE(paid, nullptr);
     EXPECT_TRUE(paid->isTristate());
     EXPECT_EQ(paid->checkState(), Qt::PartiallyChecked);
-    for (const QString& column : SampleColumns) {
-        auto* label = form.findChild<QLabel*>(QStringLiteral("label_") + column);
-        ASSERT_NE(label, nullptr) << column.toStdString();
-        EXPECT_EQ(label->buddy(), form.findChild<QWidget*>(QStringLiteral("field_") + column));
-    }
-    EXPECT_TRUE(form.findChild<QLabel*>("label_Customer")->text().startsWith("Customer"));
 
     // Combo fields offer their hint table's rows, in order; a combo without one offers none.
     auto* customer = input<QComboBox>("field_Customer", "combo");
     auto* status = input<QComboBox>("field_Status", "combo");
-    ASSERT_NE(customer, nullptr);
-    ASSERT_NE(status, nullptr);
+    ASSERT_TRUE(customer && status);
     EXPECT_TRUE(customer->isEditable());
     EXPECT_EQ(customer->count(), sample.expected().customerHints);
     EXPECT_EQ(customer->itemText(0), QStringLiteral("Acme Tools"));
@@ -190,9 +177,11 @@ TEST_F(DynaFormTest, KeyDownIsRaisedOnceForEveryKeyWithPlatformCodes) {
     auto* edit = input<QLineEdit>("field_InvoiceNo", "edit");
     ASSERT_NE(edit, nullptr);
 
-    QList<std::pair<short, short>> keys;
-    QObject::connect(&form, &VXDynaForm::KeyDown, [&keys](short& code, short& shift) {
-        keys.append({code, shift});
+    using Keys = QList<std::pair<short, short>>;
+    Keys keys;
+    Keys modifiers; // Shift, Ctrl and Alt going down are keys of their own (16, 17, 18)
+    QObject::connect(&form, &VXDynaForm::KeyDown, [&](short& code, short& shift) {
+        (code >= 16 && code <= 18 ? modifiers : keys).append({code, shift});
         if (code == 'X')
             code = 0; // swallow
     });
@@ -201,15 +190,8 @@ TEST_F(DynaFormTest, KeyDownIsRaisedOnceForEveryKeyWithPlatformCodes) {
     QTest::keyClick(edit, Qt::Key_Escape);
     QTest::keyClick(edit, Qt::Key_X);
     QTest::keyClick(edit, Qt::Key_B, Qt::ControlModifier | Qt::AltModifier);
-    // Shift, Ctrl and Alt going down are keys of their own (16, 17, 18).
-    ASSERT_FALSE(keys.isEmpty());
-    EXPECT_EQ(keys.first(), (std::pair<short, short>{16, 1}));
-    QList<std::pair<short, short>> withoutModifiers;
-    for (const auto& key : std::as_const(keys))
-        if (key.first < 16 || key.first > 18)
-            withoutModifiers << key;
-    const QList<std::pair<short, short>> expected{{65, 1}, {13, 0}, {27, 0}, {88, 0}, {66, 6}};
-    EXPECT_EQ(withoutModifiers, expected);
+    EXPECT_EQ(modifiers.value(0), (std::pair<short, short>{16, 1}));
+    EXPECT_EQ(keys, (Keys{{65, 1}, {13, 0}, {27, 0}, {88, 0}, {66, 6}}));
     EXPECT_TRUE(edit->text().startsWith(QLatin1Char('a'), Qt::CaseInsensitive));
     EXPECT_FALSE(edit->text().contains(QLatin1Char('x'), Qt::CaseInsensitive))
         << "the swallowed key never reached the edit";
@@ -218,62 +200,41 @@ TEST_F(DynaFormTest, KeyDownIsRaisedOnceForEveryKeyWithPlatformCodes) {
     keys.clear();
     QTest::keyClick(input<QListWidget>("field_Categories", "list"), Qt::Key_Delete);
     QTest::keyClick(input<QPlainTextEdit>("field_Notes", "memo"), Qt::Key_F2);
-    EXPECT_EQ(keys, (QList<std::pair<short, short>>{{46, 0}, {113, 0}}));
+    EXPECT_EQ(keys, (Keys{{46, 0}, {113, 0}}));
 }
 
 TEST_F(DynaFormTest, LoadFormReportsABadDefinitionAndReturnsFalse) {
-    environment.ui().answerMessage(MessageAnswer::Ok).answerMessage(MessageAnswer::Ok);
+    auto& ui = environment.ui();
+    ui.answerMessage(MessageAnswer::Ok).answerMessage(MessageAnswer::Ok);
     QString missing = environment.filePath(QStringLiteral("missing.xml"));
     EXPECT_FALSE(form.LoadForm(missing));
     QString broken = environment.writeFile(QStringLiteral("broken.xml"), "<form><controls>");
     EXPECT_FALSE(form.LoadForm(broken));
-    ASSERT_EQ(environment.ui().prompts().size(), 2);
-    EXPECT_EQ(environment.ui().prompts().at(0).title, QStringLiteral("LoadForm"));
-    EXPECT_TRUE(environment.ui().prompts().at(0).text.contains(QStringLiteral("missing.xml")));
-    EXPECT_EQ(environment.ui().prompts().at(0).icon, MessageStyle::Critical);
+    ASSERT_EQ(ui.prompts().size(), 2);
+    EXPECT_EQ(ui.prompts().at(0).title, QStringLiteral("LoadForm"));
+    EXPECT_TRUE(ui.prompts().at(0).text.contains(QStringLiteral("missing.xml")));
+    EXPECT_EQ(ui.prompts().at(0).icon, MessageStyle::Critical);
     EXPECT_EQ(form.fieldCount(), 0);
 }
 
-// Renders the sample's index form; saved as dynaform.png into VX_SCREENSHOT_DIR when set.
 TEST_F(DynaFormTest, SampleFormRendersWithAlignedLabelsAndEditors) {
     load(sample.formDefinitionPath());
     form.resize(720, 640);
     form.show();
     QCoreApplication::processEvents();
-    const QPixmap shot = form.grab();
-    ASSERT_FALSE(shot.isNull());
-    const QString folder = qEnvironmentVariable("VX_SCREENSHOT_DIR");
-    if (!folder.isEmpty()) {
-        EXPECT_TRUE(shot.save(QDir(folder).filePath(QStringLiteral("dynaform.png"))));
-        // Filled in, with the required date missing, for looking at the values and the marks.
-        setField(form, "InvoiceNo", QStringLiteral("INV-0000042"));
-        setField(form, "Customer", QStringLiteral("O'Malley Bakery"));
-        setField(form, "Amount", 1250);
-        setField(form, "Paid", true);
-        setField(form, "Categories", QStringLiteral("Software;Travel"));
-        setField(form, "Notes", QStringLiteral("Delivered to the north warehouse."));
-        EXPECT_FALSE(form.FieldsValid());
-        QCoreApplication::processEvents();
-        EXPECT_TRUE(form.grab().save(QDir(folder).filePath(QStringLiteral("dynaform-filled.png"))));
-        form.ClearForm();
-    }
-
-    auto* page = form.findChild<QWidget*>(QStringLiteral("page"));
-    ASSERT_NE(page, nullptr);
+    // Every editor labelled by its caption; labels and editors each in one aligned column.
     const int lineHeight = QLineEdit().sizeHint().height();
-    int editorsLeft = -1;
-    int labelsRight = -1;
+    const int editorsLeft = form.findChild<QWidget*>("field_InvoiceNo")->x();
+    const int labelsRight = form.findChild<QLabel*>("label_InvoiceNo")->geometry().right();
     int previousBottom = -1;
     for (const QString& column : SampleColumns) {
         auto* label = form.findChild<QLabel*>(QStringLiteral("label_") + column);
         auto* editor = form.findChild<QWidget*>(QStringLiteral("field_") + column);
+        ASSERT_TRUE(label && editor) << column.toStdString();
+        EXPECT_EQ(label->buddy(), editor);
         ASSERT_TRUE(label->isVisible() && editor->isVisible()) << column.toStdString();
         EXPECT_GE(label->width(), label->sizeHint().width()) << "caption not cut";
         EXPECT_LT(label->geometry().right(), editor->geometry().left());
-        if (editorsLeft < 0) {
-            editorsLeft = editor->x();
-            labelsRight = label->geometry().right();
-        }
         EXPECT_EQ(editor->x(), editorsLeft) << "editors share one column";
         EXPECT_EQ(label->geometry().right(), labelsRight) << "labels align on the right";
         EXPECT_GT(editor->y(), previousBottom) << "rows do not overlap";

@@ -32,9 +32,6 @@ TEST_F(CopyMoveCommandTest, DialogIsTopmostFocusesCancelAndAnswersThroughTheShar
 
     dialog.show();
     EXPECT_EQ(dialog.focusWidget(), button(dialog, "btnCancel"));
-    if (!qEnvironmentVariableIsEmpty("VX_SCREENSHOT_DIR"))
-        dialog.grab().save(qEnvironmentVariable("VX_SCREENSHOT_DIR") +
-                           QStringLiteral("/frmCopyMove.png"));
     QTest::mouseClick(button(dialog, "btnMove"), Qt::LeftButton);
     EXPECT_EQ(library().copyMoveChoice, QStringLiteral("move"));
     EXPECT_FALSE(dialog.isVisible());

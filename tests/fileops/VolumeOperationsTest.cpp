@@ -64,18 +64,14 @@ TEST_F(VolumeOperationsTest, CancellingTheFolderBrowserEndsSilently) {
     EXPECT_FALSE(updateVolume(hitList));
     EXPECT_FALSE(moveFilesAndUpdateVolume(hitList));
     EXPECT_FALSE(copyDocuments(hitList));
-    QStringList titles;
-    for (const Prompt& prompt : ui().prompts())
-        titles << kindName(prompt.kind) + QLatin1Char(':') + prompt.text;
-    EXPECT_EQ(titles, QStringList({kindName(Prompt::Kind::FolderBrowser) +
-                                       QStringLiteral(":Select the Location for the selected "
-                                                      "documents"),
-                                   kindName(Prompt::Kind::FolderBrowser) +
-                                       QStringLiteral(":Select the Location to move the selected "
-                                                      "documents to"),
-                                   kindName(Prompt::Kind::FolderBrowser) +
-                                       QStringLiteral(":Select the Location to copy the selected "
-                                                      "documents to")}));
+    QStringList texts;
+    for (const Prompt& prompt : ui().prompts()) {
+        EXPECT_EQ(prompt.kind, Prompt::Kind::FolderBrowser);
+        texts << prompt.text;
+    }
+    EXPECT_EQ(texts, QStringList({"Select the Location for the selected documents",
+                                  "Select the Location to move the selected documents to",
+                                  "Select the Location to copy the selected documents to"}));
     EXPECT_TRUE(hitList.audits.isEmpty());
     EXPECT_TRUE(hitList.locatedItemIds.isEmpty());
     EXPECT_FALSE(ui().busy());

