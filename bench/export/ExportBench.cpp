@@ -100,7 +100,7 @@ int main(int argc, char** argv) {
         double best = 1e300;
         double bestPlain = 1e300;
         qint64 bytes = 0;
-        // The best of three runs, each writing fresh files in a fresh folder.
+        // The best of the runs, each writing fresh files in a fresh folder.
         const int runs = 3 + qEnvironmentVariableIntValue("VX_BENCH_RUNS");
         for (int run = 0; run < runs; ++run) {
             QTemporaryDir folder;
