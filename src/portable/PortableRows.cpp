@@ -1,6 +1,9 @@
 #include "portable/PortableRows.h"
 
 #include "data/Error.h"
+#include "data/Field.h"
+#include "data/RowAppender.h"
+#include "data/recordset/WriteTarget.h"
 #include "portable/PortableDatabase.h"
 #include "session/Conversions.h"
 
@@ -13,18 +16,26 @@ namespace {
 
 // The portable database keeps narrower texts than the repository; a longer value is cut to the
 // column's width rather than failing the export.
-void setFitted(Recordset& target, int column, const QVariant& value) {
-    const ColumnInfo& info = target.columnInfo(column);
+QVariant fitted(const ColumnInfo& info, const QVariant& value) {
     if (isTextType(info.type) && info.definedSize > 0 &&
-        value.metaType().id() == QMetaType::QString && value.toString().size() > info.definedSize) {
-        target.setValue(column, value.toString().left(info.definedSize));
-        return;
-    }
-    target.setValue(column, value);
+        value.metaType().id() == QMetaType::QString && value.toString().size() > info.definedSize)
+        return value.toString().left(info.definedSize);
+    return value;
 }
 
 void setFitted(Recordset& target, const QString& column, const QVariant& value) {
-    setFitted(target, target.fieldIndex(column), value);
+    const int index = target.fieldIndex(column);
+    target.setValue(index, fitted(target.columnInfo(index), value));
+}
+
+// A value as a record set would store it in the column: cut to fit, converted, Yes/No as -1/0.
+QVariant storable(const Recordset& target, int column, const QVariant& value) {
+    const ColumnInfo& info = target.columnInfo(column);
+    return storedValue(convertForColumn(fitted(info, value), info), info);
+}
+
+std::span<const QVariant> spanOf(const QVariantList& values) {
+    return {values.constData(), size_t(values.size())};
 }
 
 // Dates travel as their day alone (the viewer's "dd/mm/yyyy"): local midnight of the value's
@@ -56,6 +67,9 @@ PortableRows::~PortableRows() {
     if (m_committed)
         return;
     try {
+        m_itemAppender.reset();
+        m_groupRowAppender.reset();
+        m_fileAppender.reset();
         m_files.close();
         m_groupRows.close();
         m_items.close();
@@ -100,33 +114,49 @@ void PortableRows::addPlaceholderItem() {
     m_items.update();
 }
 
-void PortableRows::addItem(const Recordset& repositoryItem, const Recordset& repositoryGroupRow) {
-    m_items.addNew();
-    for (const char* column : {"itemid", "UserName", "Type", "Description", "GroupID", "lockcount",
-                               "Tag", "attachment", "Deleted"})
-        setFitted(m_items, QLatin1String(column), repositoryItem.value(QLatin1String(column)));
-    m_items.setValue(QStringLiteral("idx_date"),
-                     dayOnly(repositoryItem.value(QStringLiteral("idx_date"))));
-    // The record set keeps the added row, so no requery is needed to see it.
-    m_items.update();
+// The columns each exported document fills, in the order its values are appended.
+const QStringList itemColumns{QStringLiteral("itemid"),  QStringLiteral("UserName"),
+                              QStringLiteral("Type"),    QStringLiteral("Description"),
+                              QStringLiteral("GroupID"), QStringLiteral("lockcount"),
+                              QStringLiteral("Tag"),     QStringLiteral("attachment"),
+                              QStringLiteral("Deleted"), QStringLiteral("idx_date")};
 
-    m_groupRows.addNew();
+void PortableRows::addItem(const Recordset& repositoryItem, const Recordset& repositoryGroupRow) {
+    if (!m_itemAppender) {
+        for (const QString& column : itemColumns)
+            m_itemColumns << m_items.fieldIndex(column);
+        m_itemAppender = m_portable.appendRows(QStringLiteral("KTItem"), itemColumns);
+    }
+    QVariantList item;
+    for (qsizetype i = 0; i + 1 < itemColumns.size(); ++i)
+        item << storable(m_items, m_itemColumns[i], repositoryItem.value(itemColumns[i]));
+    item << storable(m_items, m_itemColumns.back(),
+                     dayOnly(repositoryItem.value(QStringLiteral("idx_date"))));
+    m_itemAppender->append(spanOf(item));
+
     const int columns = std::min(m_groupRows.fieldCount(), repositoryGroupRow.fieldCount());
+    if (!m_groupRowAppender) {
+        QStringList names;
+        for (int i = 0; i < columns; ++i)
+            names << m_groupRows.columnInfo(i).name;
+        m_groupRowAppender = m_portable.appendRows(m_groupTable, names);
+    }
+    QVariantList groupRow;
     for (int i = 0; i < columns; ++i) {
         const QVariant value = repositoryGroupRow.value(i);
         switch (repositoryGroupRow.columnInfo(i).type) {
         case DataType::DBTimeStamp:
-            m_groupRows.setValue(i, dayOnly(value));
+            groupRow << storable(m_groupRows, i, dayOnly(value));
             break;
         case DataType::Boolean:
-            m_groupRows.setValue(i, value.isNull() ? QVariant(false) : value);
+            groupRow << storable(m_groupRows, i, value.isNull() ? QVariant(false) : value);
             break;
         default:
-            setFitted(m_groupRows, i, value);
+            groupRow << storable(m_groupRows, i, value);
             break;
         }
     }
-    m_groupRows.update();
+    m_groupRowAppender->append(spanOf(groupRow));
 }
 
 void PortableRows::addFile(const Recordset& repositoryFile, const QString& volume) {
@@ -140,12 +170,23 @@ void PortableRows::addFile(const Recordset& repositoryFile, const QString& volum
                                    "portable database keeps.")
                         .arg(name)
                         .arg(width));
-    m_files.addNew();
     const int columns = std::min(m_files.fieldCount(), repositoryFile.fieldCount());
+    const int volumeColumn = m_files.fieldIndex(QStringLiteral("Volume"));
+    if (!m_fileAppender) {
+        QStringList names;
+        for (int i = 0; i < columns; ++i)
+            names << m_files.columnInfo(i).name;
+        if (volumeColumn >= columns)
+            names << m_files.columnInfo(volumeColumn).name;
+        m_fileAppender = m_portable.appendRows(QStringLiteral("KTFile"), names);
+    }
+    QVariantList file;
     for (int i = 0; i < columns; ++i)
-        setFitted(m_files, i, repositoryFile.value(i));
-    m_files.setValue(QStringLiteral("Volume"), volume);
-    m_files.update();
+        file << storable(m_files, i,
+                         i == volumeColumn ? QVariant(volume) : repositoryFile.value(i));
+    if (volumeColumn >= columns)
+        file << storable(m_files, volumeColumn, volume);
+    m_fileAppender->append(spanOf(file));
 }
 
 void PortableRows::copyWordLists() {
@@ -188,6 +229,12 @@ void PortableRows::copyHintTables(const QStringList& hintTables) {
 }
 
 void PortableRows::close() {
+    for (std::unique_ptr<RowAppender>* appender :
+         {&m_itemAppender, &m_groupRowAppender, &m_fileAppender}) {
+        if (*appender)
+            (*appender)->finish();
+        appender->reset();
+    }
     m_files.close();
     m_groupRows.close();
     m_items.close();

@@ -2,9 +2,11 @@
 
 #include "data/Connection.h"
 #include "data/Recordset.h"
+#include "data/RowAppender.h"
 
 #include <QString>
 #include <QStringList>
+#include <memory>
 
 namespace vx {
 
@@ -45,6 +47,12 @@ private:
     Recordset m_groupRows;
     Recordset m_items;
     Recordset m_groups;
+    // Each document's rows go in through appenders (a record set's per-row work cost more than
+    // the rest of the export); the record sets above describe the columns.
+    std::unique_ptr<RowAppender> m_itemAppender;
+    std::unique_ptr<RowAppender> m_groupRowAppender;
+    std::unique_ptr<RowAppender> m_fileAppender;
+    QList<int> m_itemColumns;
     bool m_committed = false;
 };
 
