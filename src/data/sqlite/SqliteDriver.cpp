@@ -9,6 +9,7 @@
 #include "data/sqlite/SqliteTableKeys.h"
 
 #include <QFileInfo>
+#include <array>
 #include <optional>
 
 namespace vx {
@@ -99,15 +100,18 @@ struct SqliteDriver::Private {
     SqliteDialect dialect;
     int transactionDepth = 0;
 
-    // The statement of the last insert, found again without composing its text: bulk loads
-    // insert row after row into one table with one column list.
+    // The statements of the last few inserts, found again without composing their text: bulk
+    // loads insert row after row into a few tables (an item, its group row, its file) with one
+    // column list each.
     struct InsertShape {
         QString table;
         QStringList columns;
         QString autoIncrementColumn;
         sqlite3_stmt* statement = nullptr;
         quint64 generation = 0;
-    } lastInsert;
+    };
+    std::array<InsertShape, 4> recentInserts;
+    size_t nextInsertSlot = 0;
 
     sqlite3* handle() const {
         if (!db)
@@ -391,9 +395,16 @@ QVariant SqliteDriver::insertRow(const QString& table, const QStringList& column
         throw Error(ErrorNumber::InvalidArgument,
                     QStringLiteral("Each column written needs one value."));
     d->handle();
-    auto& last = d->lastInsert;
-    if (!last.statement || last.generation != d->statements.generation() || last.table != table ||
-        last.columns != columns || last.autoIncrementColumn != autoIncrementColumn) {
+    Private::InsertShape* shape = nullptr;
+    for (Private::InsertShape& recent : d->recentInserts) {
+        if (recent.statement && recent.generation == d->statements.generation() &&
+            recent.table == table && recent.columns == columns &&
+            recent.autoIncrementColumn == autoIncrementColumn) {
+            shape = &recent;
+            break;
+        }
+    }
+    if (!shape) {
         QString sql = QStringLiteral("INSERT INTO ") + quoteName(table);
         if (columns.isEmpty()) {
             sql += QStringLiteral(" DEFAULT VALUES");
@@ -408,12 +419,14 @@ QVariant SqliteDriver::insertRow(const QString& table, const QStringList& column
         }
         if (!autoIncrementColumn.isEmpty())
             sql += QStringLiteral(" RETURNING ") + quoteName(autoIncrementColumn);
-        last.statement = nullptr; // stays unset if preparing fails
+        shape = &d->recentInserts[d->nextInsertSlot];
+        d->nextInsertSlot = (d->nextInsertSlot + 1) % d->recentInserts.size();
+        shape->statement = nullptr; // stays unset if preparing fails
         sqlite3_stmt* statement = d->statements.get(sql);
-        last = {table, columns, autoIncrementColumn, statement, d->statements.generation()};
+        *shape = {table, columns, autoIncrementColumn, statement, d->statements.generation()};
     }
     QVariant generated;
-    d->runStatement(last.statement, values, autoIncrementColumn.isEmpty() ? nullptr : &generated);
+    d->runStatement(shape->statement, values, autoIncrementColumn.isEmpty() ? nullptr : &generated);
     return generated;
 }
 
