@@ -11,22 +11,48 @@ bool SqliteParameters::isDate(const QVariant& value) {
     return type == QMetaType::QDateTime || type == QMetaType::QDate || type == QMetaType::QTime;
 }
 
+namespace {
+
+// "yyyy-MM-dd HH:mm:ss" written digit by digit: dates are bound for every row of a bulk write,
+// and a format string is parsed again on every call. Years the pattern cannot hold go the long way.
+QByteArray stampText(QDate date, QTime time) {
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    date.getDate(&year, &month, &day);
+    if (year < 1 || year > 9999)
+        return QDateTime(date, time).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toLatin1();
+    QByteArray text("0000-00-00 00:00:00");
+    char* out = text.data();
+    auto put = [&out](int value, int digits) {
+        for (int at = digits - 1; at >= 0; --at, value /= 10)
+            out[at] = char('0' + value % 10);
+        out += digits + 1; // and the separator
+    };
+    put(year, 4);
+    put(month, 2);
+    put(day, 2);
+    put(time.hour(), 2);
+    put(time.minute(), 2);
+    put(time.second(), 2);
+    return text;
+}
+
+} // namespace
+
 QByteArray SqliteParameters::dateText(const QVariant& value) {
     switch (value.typeId()) {
     case QMetaType::QDate: {
         const QDate date = value.toDate();
-        return date.isValid() ? date.toString(QStringLiteral("yyyy-MM-dd 00:00:00")).toLatin1()
-                              : QByteArray();
+        return date.isValid() ? stampText(date, QTime(0, 0)) : QByteArray();
     }
     case QMetaType::QTime: { // a time alone lies on the zero day, as the old engine keeps it
         const QTime time = value.toTime();
-        return time.isValid() ? "1899-12-30 " + time.toString(QStringLiteral("HH:mm:ss")).toLatin1()
-                              : QByteArray();
+        return time.isValid() ? stampText(QDate(1899, 12, 30), time) : QByteArray();
     }
     default: {
         const QDateTime moment = value.toDateTime();
-        return moment.isValid() ? moment.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toLatin1()
-                                : QByteArray();
+        return moment.isValid() ? stampText(moment.date(), moment.time()) : QByteArray();
     }
     }
 }
