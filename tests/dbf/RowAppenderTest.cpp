@@ -6,6 +6,7 @@
 #include "data/Recordset.h"
 #include "data/dbf/Cp1252.h"
 #include "data/dbf/DbfValues.h"
+#include "support/ErrorNumberOf.h"
 
 #include <QDate>
 #include <QDir>
@@ -48,15 +49,6 @@ QVariantList personRow(int i) {
 
 std::span<const QVariant> spanOf(const QVariantList& values) {
     return {values.constData(), size_t(values.size())};
-}
-
-qint32 errorNumberOf(const std::function<void()>& work) {
-    try {
-        work();
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
 }
 
 QByteArray fieldText(const dbf::FieldDescriptor& field, const QVariant& value) {

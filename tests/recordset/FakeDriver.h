@@ -5,6 +5,7 @@
 #include "data/Error.h"
 #include "data/RowStore.h"
 #include "data/recordset/RecordsetErrors.h"
+#include "support/ErrorNumberOf.h"
 
 #include <QHash>
 #include <QVariantList>
@@ -78,12 +79,7 @@ std::unique_ptr<RowStore> makeStore(const ColumnList& columns, const QList<QVari
 
 // The number of the vx::Error that `action` raised, 0 for none.
 inline qint32 errorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
+    return errorNumberOf(action);
 }
 
 } // namespace vx::test

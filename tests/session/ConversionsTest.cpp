@@ -1,12 +1,14 @@
 #include "session/Conversions.h"
 
 #include "data/Error.h"
+#include "support/ErrorNumberOf.h"
 
 #include <QLocale>
 #include <climits>
 #include <gtest/gtest.h>
 
 using namespace vx;
+using vx::test::errorNumberOf;
 
 namespace {
 
@@ -19,15 +21,6 @@ public:
 private:
     QLocale m_previous;
 };
-
-qint32 errorNumberOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
-}
 
 const QLocale us(QLocale::English, QLocale::UnitedStates);
 const QLocale germany(QLocale::German, QLocale::Germany);
