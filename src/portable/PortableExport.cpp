@@ -4,6 +4,7 @@
 #include "data/Recordset.h"
 #include "operations/HitListContext.h"
 #include "operations/Progressbar.h"
+#include "portable/DocumentCopyQueue.h"
 #include "portable/FileCopier.h"
 #include "portable/MediaDialog.h"
 #include "portable/PortableDatabase.h"
@@ -278,6 +279,8 @@ bool PortableExportRun::copyQueryForm() {
 
 void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progress) {
     SelectionRows selected(m_hitList.connection(), m_groupTable, m_selection);
+    // The files are copied beside the rows being written; a failed copy fails the export.
+    DocumentCopyQueue copies;
     QString lastFileName;
     bool placeholderWritten = false;
     for (qsizetype position = 1; position <= m_selection.size(); ++position) {
@@ -313,12 +316,12 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
                 createVolumeFolders(m_volumes->volumeName());
             const QString volume = m_volumes->volumeName();
             rows.addFile(files, volume == noVolumeName ? QString() : volume);
-            copyOverwriting(answer,
-                            volumeFolder() + u'/' + documentFolderName + u'/' + lastFileName);
+            copies.add(answer, volumeFolder() + u'/' + documentFolderName + u'/' + lastFileName);
             break;
         }
         }
     }
+    copies.finish();
 }
 
 void PortableExportRun::copyDatabaseToFurtherVolumes() {

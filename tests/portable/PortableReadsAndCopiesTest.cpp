@@ -1,7 +1,9 @@
 #include "PortableFixture.h"
 #include "data/Error.h"
+#include "portable/DocumentCopyQueue.h"
 #include "portable/FileCopier.h"
 #include "portable/SelectionRows.h"
+#include "support/ErrorNumberOf.h"
 
 #include <QFile>
 
@@ -134,3 +136,29 @@ TEST_F(FileCopierTest, MissingSourcesAndUnwritableTargetsFailWithoutLeavingFiles
 }
 
 } // namespace
+
+TEST_F(FileCopierTest, QueuedCopiesRunInOrderUntilTheFirstFailure) {
+    writeFile(path("a.txt"), "a");
+    writeFile(path("b.txt"), "b");
+    {
+        DocumentCopyQueue copies;
+        for (int i = 0; i < 300; ++i) // more than the queue holds at once
+            copies.add(path(i % 2 ? "a.txt" : "b.txt"), path(QString("copy%1.txt").arg(i)));
+        copies.finish();
+    }
+    for (int i = 0; i < 300; ++i)
+        ASSERT_EQ(contentOf(path(QString("copy%1.txt").arg(i))), i % 2 ? "a" : "b") << i;
+
+    DocumentCopyQueue copies;
+    // The failure surfaces at the next call after it, whichever that is.
+    const qint32 number = errorNumberOf([&] {
+        copies.add(path("a.txt"), path("first.txt"));
+        copies.add(path("absent.txt"), path("second.txt"));
+        copies.add(path("b.txt"), path("third.txt")); // dropped once the failure is seen
+        copies.finish();
+    });
+    EXPECT_EQ(number, 53);
+    EXPECT_EQ(contentOf(path("first.txt")), "a");
+    EXPECT_FALSE(QFileInfo::exists(path("second.txt")));
+    EXPECT_FALSE(QFileInfo::exists(path("third.txt")));
+}
