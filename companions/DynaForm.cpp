@@ -12,10 +12,12 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QScrollArea>
 #include <QSet>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace vx {
 
@@ -28,6 +30,30 @@ struct FormField {
 };
 
 const QString ErrorColor = QStringLiteral("#b00020");
+const QString WildcardHint = QObject::tr("* matches any text");
+
+// Text fields of a search form match whole values unless the user types a wildcard: say so.
+void showWildcardHint(FieldType type, QWidget* editor) {
+    if (type != FieldType::Edit && type != FieldType::Combo && type != FieldType::Memo &&
+        type != FieldType::Unknown)
+        return;
+    for (auto* line : editor->findChildren<QLineEdit*>())
+        line->setPlaceholderText(WildcardHint);
+    for (auto* text : editor->findChildren<QPlainTextEdit*>())
+        text->setPlaceholderText(WildcardHint);
+    editor->setToolTip(QObject::tr("Text fields match whole values; * matches any text, "
+                                   "? any one character."));
+}
+
+bool isInsideMultiLineText(QWidget* widget) {
+    for (QWidget* at = widget; at; at = at->parentWidget()) {
+        if (qobject_cast<QPlainTextEdit*>(at))
+            return !static_cast<QPlainTextEdit*>(at)->isReadOnly();
+        if (qobject_cast<form::FieldEditor*>(at))
+            return false;
+    }
+    return false;
+}
 
 } // namespace
 
@@ -42,6 +68,8 @@ struct DynaForm::Private {
     Connection connection;
     // Required fields are marked missing only after a check failed, not on an empty new form.
     bool showMissing = false;
+    bool queryForm = false;
+    mutable QStringList problems;         // of the last failed check
     const QEvent* lastKeyPress = nullptr; // identity only, never dereferenced
     QPointer<QWidget> lastKeyTarget;
 
@@ -57,6 +85,14 @@ struct DynaForm::Private {
         if (field.description.required && !field.editor->value().isValid())
             return QObject::tr("%1 must be filled in.").arg(field.description.caption);
         return {};
+    }
+
+    // "Amount: "x" is not a number." or "Customer must be filled in."; empty when it passes.
+    QString problemLine(const FormField& field) const {
+        const QString problem = field.editor->problem();
+        if (!problem.isEmpty())
+            return field.description.caption + QStringLiteral(": ") + problem;
+        return problemOf(field);
     }
 
     void showProblem(const FormField& field) const {
@@ -92,8 +128,8 @@ struct DynaForm::Private {
     void loadSuggestions();
 };
 
-// Pick lists come from hint tables that exist; a form without a reachable repository still
-// works, only without suggestions.
+// Pick lists come from where the definition says (a hint table, or the group table's own
+// values), sorted; a form without a reachable repository still works, only without suggestions.
 void DynaForm::Private::loadSuggestions() {
     bool anyCombo = false;
     for (const FormField& field : std::as_const(fields))
@@ -112,20 +148,37 @@ void DynaForm::Private::loadSuggestions() {
                 continue;
             const QString group =
                 field_.tableName.isEmpty() ? description.groupTable : field_.tableName;
-            const QString table = hintTableName(group, field_.columnName);
+            const QString table = !field_.initTableName.isEmpty()
+                                      ? field_.initTableName
+                                      : hintTableName(group, field_.columnName);
+            const QString column =
+                field_.initColumnName.isEmpty() ? field_.columnName : field_.initColumnName;
             if (!tables.contains(table.toLower()))
                 continue;
-            Recordset hints;
-            hints.open(QStringLiteral("Select * from ") + table + QStringLiteral(" order by ") +
-                           field_.columnName,
-                       connection);
+            // The group table holds every document's value: its distinct ones make the list.
+            const bool ofGroup = table.compare(group, Qt::CaseInsensitive) == 0;
             QStringList suggestions;
-            const int column = hints.fieldIndex(field_.columnName);
-            for (; !hints.eof(); hints.moveNext()) {
-                const QString text = hints.value(column < 0 ? 0 : column).toString();
-                if (!text.isEmpty())
-                    suggestions << text;
+            try {
+                Recordset hints;
+                hints.open(
+                    (ofGroup ? QStringLiteral("Select distinct ") : QStringLiteral("Select ")) +
+                        column + QStringLiteral(" from ") + table,
+                    connection);
+                const int index = hints.fieldIndex(column);
+                QSet<QString> seen;
+                for (; !hints.eof(); hints.moveNext()) {
+                    const QString text = hints.value(index < 0 ? 0 : index).toString().trimmed();
+                    if (!text.isEmpty() && !seen.contains(text.toLower())) {
+                        seen.insert(text.toLower());
+                        suggestions << text;
+                    }
+                }
+            } catch (const Error&) {
+                continue; // a named column that is not there: this field goes without
             }
+            std::sort(
+                suggestions.begin(), suggestions.end(),
+                [](const QString& a, const QString& b) { return a.localeAwareCompare(b) < 0; });
             field.editor->setSuggestions(suggestions);
         }
     } catch (const Error&) {
@@ -169,7 +222,9 @@ bool DynaForm::LoadForm(QString& path) {
     try {
         form::FormDescription description = form::FormDescription::load(path);
         // A search form (".xqr") is made from the index form; nothing on it must be filled in.
-        if (QFileInfo(path).suffix().compare(QLatin1String("xqr"), Qt::CaseInsensitive) == 0) {
+        d->queryForm =
+            QFileInfo(path).suffix().compare(QLatin1String("xqr"), Qt::CaseInsensitive) == 0;
+        if (d->queryForm) {
             for (form::FieldDescription& field : description.fields)
                 field.required = false;
         }
@@ -178,6 +233,7 @@ bool DynaForm::LoadForm(QString& path) {
         d->description = std::move(description);
         d->showMissing = false;
 
+        const bool queryForm = d->queryForm;
         const int lineHeight = QLineEdit().sizeHint().height();
         QHash<QString, int> seen;
         for (const form::FieldDescription& description : std::as_const(d->description.fields)) {
@@ -202,6 +258,8 @@ bool DynaForm::LoadForm(QString& path) {
             if (description.type != FieldType::Check && description.width > 0)
                 field.editor->setFixedWidth(
                     qMax(description.width, field.editor->minimumSizeHint().width()));
+            if (queryForm)
+                showWildcardHint(description.type, field.editor);
             d->layout->addRow(field.label, field.editor);
 
             field.editor->installEventFilter(this);
@@ -311,7 +369,12 @@ void DynaForm::AddFieldListItem(const QString& text) {
         field->editor->addEntry(text);
 }
 
+QString DynaForm::fieldProblems() const {
+    return d->problems.join(u'\n');
+}
+
 bool DynaForm::FieldsValid() const {
+    d->problems.clear();
     const FormField* firstProblem = nullptr;
     for (const FormField& field : std::as_const(d->fields)) {
         if (!firstProblem && !d->problemOf(field).isEmpty())
@@ -322,8 +385,13 @@ bool DynaForm::FieldsValid() const {
     // The callers write nothing and say nothing while the form is not valid: the form shows
     // what is wrong and takes the user to it.
     d->showMissing = true;
-    for (const FormField& field : std::as_const(d->fields))
+    d->problems.clear();
+    for (const FormField& field : std::as_const(d->fields)) {
         d->showProblem(field);
+        const QString line = d->problemLine(field);
+        if (!line.isEmpty())
+            d->problems << line;
+    }
     d->scroll->ensureWidgetVisible(firstProblem->editor);
     firstProblem->editor->setFocus(Qt::OtherFocusReason);
     return false;
@@ -331,6 +399,7 @@ bool DynaForm::FieldsValid() const {
 
 void DynaForm::ClearForm() {
     d->showMissing = false;
+    d->problems.clear();
     for (const FormField& field : std::as_const(d->fields)) {
         field.editor->clear();
         d->showProblem(field);
@@ -356,7 +425,10 @@ bool DynaForm::eventFilter(QObject* watched, QEvent* event) {
         const auto* key = static_cast<QKeyEvent*>(event);
         short keyCode = platformKeyCode(*key);
         short shift = platformShiftState(*key);
-        if (!travelling && keyCode != 0) {
+        // Enter in a multi-line text is a new line, not a command to the form's owner.
+        const bool newLine = (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) &&
+                             isInsideMultiLineText(widget);
+        if (!travelling && keyCode != 0 && !newLine) {
             emit KeyDown(keyCode, shift);
             // A handler that sets the key code to 0 swallows the key.
             if (keyCode == 0)

@@ -13,6 +13,8 @@ namespace vx {
 // "field_<column>" (a second field of the same column gets "_2" appended, and so on).
 class DynaForm : public VXDynaForm {
     Q_OBJECT
+    // Why the last FieldsValid failed: one line per field ("Amount: ..."), for the host to show.
+    Q_PROPERTY(QString FieldProblems READ fieldProblems)
 
 public:
     explicit DynaForm(QWidget* parent = nullptr);
@@ -40,6 +42,7 @@ public:
 
     // The number of fields of the loaded form.
     int fieldCount() const;
+    QString fieldProblems() const;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

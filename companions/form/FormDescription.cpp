@@ -61,6 +61,8 @@ FormDescription FormDescription::fromText(const QString& xml, const QString& pat
         field.required = isTrue(control.value(QStringLiteral("required")));
         field.width = numberOf(control.value(QStringLiteral("width")));
         field.length = numberOf(control.value(QStringLiteral("length")));
+        field.initTableName = control.value(QStringLiteral("inittablename")).trimmed();
+        field.initColumnName = control.value(QStringLiteral("initcolumnname")).trimmed();
         form.fields.append(field);
     }
 

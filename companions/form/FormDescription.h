@@ -17,6 +17,10 @@ struct FieldDescription {
     bool required = false;
     int width = 0;  // editor width in pixels; 0 takes the type's default
     int length = 0; // most characters a text column holds; 0 when unlimited
+    // Where a pick list comes from: a hint table, or the group table itself (its distinct
+    // values); empty when the definition does not say.
+    QString initTableName;
+    QString initColumnName;
 };
 
 // What a form-definition file says about a whole form.

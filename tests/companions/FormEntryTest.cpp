@@ -1,0 +1,160 @@
+#include "FormTestHelpers.h"
+#include "companions/DynaForm.h"
+#include "companions/form/FieldEditor.h"
+#include "data/Connection.h"
+#include "data/Recordset.h"
+#include "support/SampleRepository.h"
+#include "support/TestEnvironment.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace vx;
+using vx::test::setField;
+
+namespace {
+
+class FormEntryTest : public ::testing::Test {
+protected:
+    test::TestEnvironment environment;
+    test::SampleRepository sample;
+    DynaForm form;
+
+    void load(QString path) { ASSERT_TRUE(form.LoadForm(path)); }
+
+    template <class T>
+    T* input(const QString& fieldObjectName, const char* inputName) {
+        auto* editor = form.findChild<form::FieldEditor*>(fieldObjectName);
+        return editor ? editor->findChild<T*>(QString::fromLatin1(inputName)) : nullptr;
+    }
+
+    QStringList column(const QString& sql) {
+        Connection connection;
+        connection.open(sample.connectionText());
+        Recordset rows;
+        rows.open(sql, connection);
+        QStringList values;
+        for (; !rows.eof(); rows.moveNext())
+            values << rows.value(0).toString();
+        return values;
+    }
+};
+
+TEST_F(FormEntryTest, NumberFieldTakesWhatAWholeNumberColumnTakesAndShowsWhatItRefuses) {
+    load(sample.formDefinitionPath());
+    form.show();
+    auto* amount = input<QLineEdit>("field_Amount", "number");
+    ASSERT_NE(amount, nullptr);
+    struct Case {
+        const char* typed;
+        QVariant value;         // what the form hands on
+        const char* problem;    // part of the reason given; empty when accepted
+        const char* shownAfter; // the text once the field is left
+    };
+    const Case cases[] = {
+        {"12.50", 12, "", "12"},
+        {"13.5", 14, "", "14"}, // half to even, as the column rounds
+        {"-7", -7, "", "-7"},
+        {"2147483647", 2147483647, "", "2147483647"},
+        {"12a", QStringLiteral("12a"), "\"12a\" is not a number.", "12a"},
+        {"2147483648", QStringLiteral("2147483648"), "outside the range", "2147483648"},
+        {"abc", QStringLiteral("abc"), "is not a number", "abc"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.typed);
+        amount->clear();
+        amount->setFocus();
+        QTest::keyClicks(amount, QString::fromLatin1(c.typed));
+        EXPECT_EQ(amount->text(), QString::fromLatin1(c.typed)) << "no character is dropped";
+        ASSERT_TRUE(test::moveToField(form, "Amount"));
+        EXPECT_EQ(form.FieldValue(), c.value);
+        setField(form, "InvoiceNo", QStringLiteral("INV-1"));
+        setField(form, "Customer", QStringLiteral("Acme Tools"));
+        setField(form, "InvoiceDate", QDate(2024, 1, 31));
+        const bool valid = form.FieldsValid();
+        EXPECT_EQ(valid, QByteArray(c.problem).isEmpty());
+        if (!valid) {
+            EXPECT_TRUE(form.fieldProblems().startsWith("Amount: "))
+                << form.fieldProblems().toStdString();
+        }
+        EXPECT_TRUE(form.fieldProblems().contains(QString::fromLatin1(c.problem)));
+        emit amount->editingFinished();
+        EXPECT_EQ(amount->text(), QString::fromLatin1(c.shownAfter));
+    }
+}
+
+TEST_F(FormEntryTest, FailedCheckNamesEveryFailingFieldAndClearsWithTheForm) {
+    load(sample.formDefinitionPath());
+    input<QLineEdit>("field_Amount", "number")->setText(QStringLiteral("1.2.3"));
+    EXPECT_FALSE(form.FieldsValid());
+    const QStringList lines = form.fieldProblems().split(u'\n');
+    EXPECT_EQ(lines, (QStringList{
+                         "Invoice number must be filled in.", "Customer must be filled in.",
+                         "Amount: \"1.2.3\" is not a number.", "Invoice date must be filled in."}));
+    form.ClearForm();
+    EXPECT_TRUE(form.fieldProblems().isEmpty());
+}
+
+TEST_F(FormEntryTest, EnterInAMultiLineFieldIsANewLineNotTheFormsKey) {
+    load(sample.formDefinitionPath());
+    form.show();
+    QList<short> raised;
+    QObject::connect(&form, &VXDynaForm::KeyDown, [&](short& code, short&) { raised << code; });
+    auto* notes = input<QPlainTextEdit>("field_Notes", "memo");
+    QTest::keyClicks(notes, QStringLiteral("a"));
+    QTest::keyClick(notes, Qt::Key_Return);
+    QTest::keyClick(notes, Qt::Key_Enter);
+    QTest::keyClicks(notes, QStringLiteral("b"));
+    EXPECT_EQ(notes->toPlainText(), "a\n\nb");
+    EXPECT_EQ(raised, (QList<short>{65, 66}));
+    // A single-line field still raises Enter, which the record form's owner acts on.
+    raised.clear();
+    QTest::keyClick(input<QLineEdit>("field_InvoiceNo", "edit"), Qt::Key_Return);
+    EXPECT_EQ(raised, (QList<short>{13}));
+}
+
+TEST_F(FormEntryTest, PickListsComeFromTheSourceTheDefinitionNamesSorted) {
+    load(sample.formDefinitionPath());
+    const auto items = [&](const QString& field) {
+        QStringList list;
+        auto* combo = input<QComboBox>(field, "combo");
+        for (int i = 0; combo && i < combo->count(); ++i)
+            list << combo->itemText(i);
+        return list;
+    };
+    const auto sorted = [](QStringList list) {
+        list.removeAll(QString());
+        list.removeDuplicates();
+        std::sort(list.begin(), list.end(),
+                  [](const QString& a, const QString& b) { return a.localeAwareCompare(b) < 0; });
+        return list;
+    };
+    // Status names the group table itself: its distinct values.
+    const QStringList status = items("field_Status");
+    EXPECT_FALSE(status.isEmpty());
+    EXPECT_EQ(status, sorted(column("select distinct Status from Invoices")));
+    // Customer has a hint table of its own.
+    const QStringList customers = items("field_Customer");
+    EXPECT_FALSE(customers.isEmpty());
+    EXPECT_EQ(customers, sorted(column("select Customer from InvoicesCustomerHints")));
+}
+
+TEST_F(FormEntryTest, SearchFormTextFieldsSayThatAStarMatchesAnyText) {
+    load(sample.queryFormPath());
+    const QString hint = QStringLiteral("* matches any text");
+    EXPECT_EQ(input<QLineEdit>("field_InvoiceNo", "edit")->placeholderText(), hint);
+    EXPECT_EQ(input<QComboBox>("field_Customer", "combo")->lineEdit()->placeholderText(), hint);
+    EXPECT_EQ(input<QPlainTextEdit>("field_Notes", "memo")->placeholderText(), hint);
+    EXPECT_TRUE(input<QLineEdit>("field_Amount", "number")->placeholderText().isEmpty());
+    // The index form is filled, not searched: no hint there.
+    DynaForm indexForm;
+    QString path = sample.formDefinitionPath();
+    ASSERT_TRUE(indexForm.LoadForm(path));
+    auto* editor = indexForm.findChild<form::FieldEditor*>("field_InvoiceNo");
+    EXPECT_TRUE(editor->findChild<QLineEdit*>("edit")->placeholderText().isEmpty());
+}
+
+} // namespace
