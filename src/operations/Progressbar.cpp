@@ -1,10 +1,15 @@
 #include "operations/Progressbar.h"
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEvent>
 #include <QFrame>
 #include <QLabel>
 #include <QPointer>
 #include <QProgressBar>
+#include <QThread>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <algorithm>
 #include <limits>
 
@@ -48,6 +53,33 @@ Progressbar::Progressbar(QWidget* owner)
     auto* outer = new QVBoxLayout(this);
     outer->addWidget(shape);
     setFixedSize(sizeHint());
+    installEventFilter(this);
+    m_bar->installEventFilter(this);
+}
+
+bool Progressbar::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Paint)
+        ++m_paints;
+    return QDialog::eventFilter(watched, event);
+}
+
+void Progressbar::showNow() {
+    show();
+    raise();
+    // The work that follows never returns to the event loop: let the window system map this form
+    // and take away dialogs just closed, then draw. Input stays queued, so nothing of the user's
+    // runs in between; the wait for the window to appear is short and bounded.
+    QElapsedTimer waited;
+    waited.start();
+    for (;;) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        const QWindow* handle = windowHandle();
+        if ((handle && handle->isExposed()) || waited.elapsed() > 250)
+            break;
+        QThread::msleep(5);
+    }
+    repaint();
+    m_sinceRepaint.start();
 }
 
 Progressbar& Progressbar::instance(QWidget* owner) {
@@ -76,14 +108,15 @@ void Progressbar::setValue(qint16 value) {
     m_value = qint16(clamped);
     // Long work sets a value per item without returning to the event loop, and the bar paints
     // itself at once: show the value now, but not more often than the eye can follow (a repaint
-    // per item cost more than many items). The ends are always shown.
+    // per item cost more than many items). The first step and the last are always shown.
     constexpr qint64 repaintInterval = 40;
-    const bool atAnEnd = clamped == m_bar->minimum() || clamped == m_bar->maximum();
+    const bool atAnEnd = clamped <= m_bar->minimum() + 1 || clamped == m_bar->maximum();
     if (clamped == m_bar->value() ||
         (!atAnEnd && m_sinceRepaint.isValid() && m_sinceRepaint.elapsed() < repaintInterval))
         return;
     m_bar->setValue(clamped);
-    m_bar->repaint();
+    if (isVisible())
+        m_bar->repaint();
     m_sinceRepaint.start();
 }
 
@@ -105,7 +138,7 @@ ProgressScope::ProgressScope(QWidget* owner, qsizetype steps, const QString& cap
     m_form->setMinimum(0);
     m_form->setMaximum(clamp16(steps));
     m_form->setValue(0);
-    m_form->show();
+    m_form->showNow();
 }
 
 ProgressScope::~ProgressScope() {

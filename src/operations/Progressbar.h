@@ -29,6 +29,15 @@ public:
     qint16 maximum() const;
     qint16 value() const;
 
+    // Shows the form and draws it (and the windows under it) before the caller's work goes on
+    // without returning to the event loop.
+    void showNow();
+    // How often the form or its bar was drawn (the tests look at it).
+    int paintCount() const { return m_paints; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     explicit Progressbar(QWidget* owner);
 
@@ -36,6 +45,7 @@ private:
     QLabel* m_label = nullptr;
     QElapsedTimer m_sinceRepaint;
     qint16 m_value = 0; // the value last set; the bar may show an earlier one for a moment
+    int m_paints = 0;
 };
 
 // The callers' pattern in one object: minimum 0, maximum the number of steps, value 0, shown
