@@ -8,10 +8,13 @@
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontMetrics>
+#include <QGridLayout>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
+#include <QSpacerItem>
 #include <QStandardPaths>
 #include <QThread>
 #include <QTimer>
@@ -68,6 +71,19 @@ QMessageBox::Icon iconFor(int style) {
     }
 }
 
+// A message box sizes itself to its text only, and window managers cut a longer title short:
+// give the box room for the whole title (plus the frame's buttons and icon).
+void makeRoomForTitle(QMessageBox& box) {
+    auto* grid = qobject_cast<QGridLayout*>(box.layout());
+    if (!grid)
+        return;
+    const int titleWidth = QFontMetrics(QApplication::font("QMdiSubWindowTitleBar"))
+                               .horizontalAdvance(box.windowTitle());
+    const int wanted = titleWidth + 160;
+    grid->addItem(new QSpacerItem(wanted, 0, QSizePolicy::Minimum, QSizePolicy::Minimum),
+                  grid->rowCount(), 0, 1, grid->columnCount());
+}
+
 } // namespace
 
 MessageAnswer QtUiServices::messageBox(const QString& text, int style, const QString& title) {
@@ -92,6 +108,7 @@ MessageAnswer QtUiServices::messageBox(const QString& text, int style, const QSt
     }
     if (style & (MessageStyle::SystemModal | MessageStyle::Foreground))
         box.setWindowFlag(Qt::WindowStaysOnTopHint);
+    makeRoomForTitle(box);
     const auto clicked = QMessageBox::StandardButton(box.exec());
     for (const auto& [button, answer] : buttons) {
         if (button == clicked)
