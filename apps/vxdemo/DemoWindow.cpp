@@ -1,7 +1,9 @@
 #include "DemoWindow.h"
 
 #include "AuditTrailPanel.h"
+#include "DocumentCommands.h"
 #include "HitListEvents.h"
+#include "HostSettings.h"
 #include "IndexPage.h"
 #include "SearchPage.h"
 #include "core/SampleBuilder.h"
@@ -11,8 +13,10 @@
 #include "session/SystemFolder.h"
 #include "session/UiServices.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDir>
 #include <QDockWidget>
 #include <QFileDialog>
@@ -20,23 +24,29 @@
 #include <QFileSystemWatcher>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScreen>
 #include <QSettings>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QSysInfo>
 #include <QTabWidget>
+#include <QToolBar>
 
 namespace vx::demo {
 
 namespace {
 
-QSettings demoSettings() {
-    return QSettings(QStringLiteral("VXUILib"), QStringLiteral("vxdemo"));
-}
+// The size a first window opens with, when the screen has room for it.
+constexpr QSize PreferredSize(1280, 960);
+
+// The viewer files a portable export copies are kept in this folder beside the repository.
+const QString ViewerFolder = QStringLiteral("veltrane");
 
 } // namespace
 
 DemoWindow::DemoWindow(QWidget* parent)
-    : QMainWindow(parent) {
+    : QMainWindow(parent)
+    , m_ui(std::make_unique<HostUiServices::Installation>()) {
     setObjectName(QStringLiteral("demoWindow"));
     setWindowTitle(tr("VXUILib Demo"));
     m_pages = new QTabWidget(this);
@@ -58,30 +68,30 @@ DemoWindow::DemoWindow(QWidget* parent)
     m_currentItem = new QLabel(this);
     m_currentItem->setObjectName(QStringLiteral("currentItem"));
     statusBar()->addPermanentWidget(m_currentItem);
+    m_commands = new DocumentCommands(m_searchPage->hitListControl(), m_ui->services(), this);
+    connect(m_commands, &DocumentCommands::statusMessage, this, &DemoWindow::showStatus);
+    connect(m_commands, &DocumentCommands::resultsChanged, m_searchPage, &SearchPage::rerunQuery);
     buildMenus();
 
     HitListEvents* events = m_searchPage->hitListEvents();
     connect(events, &HitListEvents::currentItemChanged, this, &DemoWindow::setCurrentItem);
     connect(events, &HitListEvents::locateRequested, this, &DemoWindow::answerLocate);
     connect(events, &HitListEvents::serverNameRequested, this, &DemoWindow::answerServerName);
-    connect(events, &HitListEvents::auditTrail, m_auditTrail,
-            [this](const QString& action, const QList<qint32>& ids, const QString& description) {
-                m_auditTrail->record(action, ids, description);
-            });
+    connect(events, &HitListEvents::auditTrail, this, &DemoWindow::recordAudit);
     connect(events, &HitListEvents::documentRequested, this, &DemoWindow::openFile);
-    connect(events, &HitListEvents::revisionRequested, this,
-            [this](const QString& file, const QString& volume, const QString& version,
-                   const QString& itemId) {
-                showStatus(tr("Version %1 of item %2").arg(version, itemId));
-                openFile(file, volume);
-            });
+    connect(events, &HitListEvents::revisionRequested, this, &DemoWindow::noteRevision);
+    watchVersionActivation();
     connect(m_indexPage, &IndexPage::statusMessage, this, &DemoWindow::showStatus);
+    connect(m_indexPage, &IndexPage::documentFiled, this,
+            [this](qint32 itemId, const QString& path) {
+                recordAudit(QStringLiteral("Indexing"), {itemId}, QFileInfo(path).fileName());
+            });
     connect(m_searchPage, &SearchPage::statusMessage, this, &DemoWindow::showStatus);
     if (!m_searchPage->unconnectedEvents().isEmpty())
         showStatus(tr("Hit list events not connected: %1")
                        .arg(m_searchPage->unconnectedEvents().join(QStringLiteral(", "))));
     watchHandOverFolder();
-    resize(1280, 960);
+    restoreWindowState();
 }
 
 DemoWindow::~DemoWindow() = default;
@@ -91,6 +101,10 @@ bool DemoWindow::openGroup(const QString& initFilePath) {
         GroupSession session = GroupSession::fromInitFile(initFilePath);
         DocumentLocator locator(session.initFilePath);
         listInCatalog(session);
+        // The hit list takes the viewer files of a portable export from the folder current at
+        // its Init: the sample keeps them beside the repository.
+        if (QFileInfo(QDir(session.repositoryDir).filePath(ViewerFolder)).isDir())
+            QDir::setCurrent(session.repositoryDir);
         m_indexPage->openSession(session);
         m_searchPage->openSession(session);
         m_session = std::move(session);
@@ -104,6 +118,7 @@ bool DemoWindow::openGroup(const QString& initFilePath) {
         QDir(m_session.repositoryDir).filePath(QStringLiteral("audit-trail.log")));
     setWindowTitle(tr("VXUILib Demo - %1 (%2) - %3")
                        .arg(m_session.groupName, m_session.libraryName, m_session.userName));
+    m_commands->setPermission(m_session.userPermission);
     setCurrentItem(0);
     showStatus(tr("Opened %1").arg(QDir::toNativeSeparators(m_session.initFilePath)));
     return true;
@@ -142,6 +157,21 @@ void DemoWindow::buildMenus() {
     addItem(file, tr("Open &Group Init File..."), &DemoWindow::chooseGroupInitFile);
     file->addSeparator();
     addItem(file, tr("&Quit"), &QWidget::close)->setShortcut(QKeySequence::Quit);
+    QMenu* documents = menuBar()->addMenu(tr("&Documents"));
+    documents->setObjectName(QStringLiteral("documentsMenu"));
+    const QList<QAction*> commands = m_commands->actions();
+    for (QAction* action : commands) {
+        documents->addAction(action);
+        // Exports first, then the file operations, then marking and properties.
+        if (action->objectName() == u"portableExport" || action->objectName() == u"updateVolume")
+            documents->addSeparator();
+    }
+    m_toolbar = addToolBar(tr("Documents"));
+    m_toolbar->setObjectName(QStringLiteral("documentsToolbar"));
+    m_toolbar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    m_toolbar->setMovable(false);
+    for (const char* name : {"exportTable", "saveAsText", "portableExport", "properties"})
+        m_toolbar->addAction(m_commands->action(QString::fromLatin1(name)));
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     addItem(help, tr("&About"), &DemoWindow::showAbout);
 }
@@ -169,7 +199,7 @@ void DemoWindow::chooseRepositoryLocation() {
         }
     }
     if (openGroup(initFile))
-        demoSettings().setValue(QStringLiteral("Repository"), QFileInfo(initFile).absolutePath());
+        hostSettings().setValue(QStringLiteral("Repository"), QFileInfo(initFile).absolutePath());
 }
 
 void DemoWindow::chooseGroupInitFile() {
@@ -204,7 +234,7 @@ void DemoWindow::answerLocate(qint32 itemId, const QString& file, const QString&
 }
 
 void DemoWindow::answerServerName() {
-    QSettings settings = demoSettings();
+    QSettings settings = hostSettings();
     const QString serverName =
         settings.value(QStringLiteral("ServerName"), QSysInfo::machineHostName()).toString();
     const bool isServer = settings.value(QStringLiteral("IsServer"), true).toBool();
@@ -228,8 +258,43 @@ void DemoWindow::openFile(const QString& file, const QString& volume) {
         showStatus(tr("No program opens %1.").arg(QDir::toNativeSeparators(path)));
 }
 
+void DemoWindow::recordAudit(const QString& action, const QList<qint32>& ids,
+                             const QString& description) {
+    m_auditTrail->record(action, ids, description);
+    m_commands->noteAudit(action, ids, description);
+    if (action == u"Editing" && !ids.isEmpty())
+        showStatus(tr("Saved the changes to item %1.").arg(ids.first()));
+}
+
+void DemoWindow::noteRevision(const QString& file, const QString& volume, const QString& version,
+                              const QString& itemId) {
+    // Choosing a version only names it; double click or Enter opens it.
+    m_revision = Revision{file, volume, version, itemId};
+    showStatus(tr("Version %1 of item %2: %3 (double-click or Enter opens it)")
+                   .arg(version, itemId, file));
+}
+
+void DemoWindow::watchVersionActivation() {
+    auto* grid =
+        m_searchPage->hitListControl()->findChild<QAbstractItemView*>(QStringLiteral("HitList"));
+    if (!grid)
+        return;
+    connect(grid, &QAbstractItemView::activated, this, [this] { openNotedRevision(); });
+}
+
+void DemoWindow::openNotedRevision() {
+    // Only while the versions view is shown: its toolbar button stays pressed then.
+    const auto* versions =
+        m_searchPage->hitListControl()->findChild<QAction*>(QStringLiteral("Archive"));
+    if (!m_revision || !versions || !versions->isChecked())
+        return;
+    showStatus(tr("Opening version %1 of item %2").arg(m_revision->version, m_revision->itemId));
+    openFile(m_revision->file, m_revision->volume);
+}
+
 void DemoWindow::setCurrentItem(qint32 itemId) {
     m_currentItemId = itemId;
+    m_commands->setResultsShown(itemId != 0);
     m_currentItem->setText(itemId ? tr("Current item: %1").arg(itemId) : tr("No current item"));
 }
 
@@ -259,7 +324,43 @@ void DemoWindow::applyHandOvers() {
 }
 
 void DemoWindow::showStatus(const QString& text) {
-    statusBar()->showMessage(text, 10000);
+    // Stays until the next message: the user may look away while a long operation ends.
+    statusBar()->showMessage(text);
+}
+
+void DemoWindow::restoreWindowState() {
+    QSettings settings = hostSettings();
+    settings.beginGroup(QStringLiteral("Window"));
+    const QScreen* screen = this->screen() ? this->screen() : QGuiApplication::primaryScreen();
+    const QRect available = screen ? screen->availableGeometry() : QRect(0, 0, 1280, 960);
+    if (!restoreGeometry(settings.value(QStringLiteral("Geometry")).toByteArray())) {
+        // At a high scale factor the free area in device-independent pixels is small.
+        resize(PreferredSize.boundedTo(available.size() * 0.94));
+        move(available.center() - QPoint(width() / 2, height() / 2));
+    } else if (!available.contains(frameGeometry()) && !isMaximized()) {
+        resize(size().boundedTo(available.size()));
+        move(qBound(available.left(), x(), qMax(available.left(), available.right() - width())),
+             qBound(available.top(), y(), qMax(available.top(), available.bottom() - height())));
+    }
+    restoreState(settings.value(QStringLiteral("State")).toByteArray());
+    if (auto* splitter = m_searchPage->findChild<QSplitter*>(QStringLiteral("searchSplitter")))
+        splitter->restoreState(settings.value(QStringLiteral("SearchSplitter")).toByteArray());
+    m_pages->setCurrentIndex(settings.value(QStringLiteral("Page"), 0).toInt());
+}
+
+void DemoWindow::saveWindowState() const {
+    QSettings settings = hostSettings();
+    settings.beginGroup(QStringLiteral("Window"));
+    settings.setValue(QStringLiteral("Geometry"), saveGeometry());
+    settings.setValue(QStringLiteral("State"), saveState());
+    if (auto* splitter = m_searchPage->findChild<QSplitter*>(QStringLiteral("searchSplitter")))
+        settings.setValue(QStringLiteral("SearchSplitter"), splitter->saveState());
+    settings.setValue(QStringLiteral("Page"), m_pages->currentIndex());
+}
+
+void DemoWindow::closeEvent(QCloseEvent* event) {
+    saveWindowState();
+    QMainWindow::closeEvent(event);
 }
 
 } // namespace vx::demo

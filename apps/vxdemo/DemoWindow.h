@@ -2,17 +2,21 @@
 
 #include "DocumentLocator.h"
 #include "GroupSession.h"
+#include "HostUiServices.h"
 
 #include <QMainWindow>
+#include <memory>
 #include <optional>
 
 class QFileSystemWatcher;
 class QLabel;
 class QTabWidget;
+class QToolBar;
 
 namespace vx::demo {
 
 class AuditTrailPanel;
+class DocumentCommands;
 class IndexPage;
 class SearchPage;
 
@@ -34,6 +38,8 @@ public:
     SearchPage* searchPage() const { return m_searchPage; }
     AuditTrailPanel* auditTrail() const { return m_auditTrail; }
     QTabWidget* pages() const { return m_pages; }
+    DocumentCommands* documentCommands() const { return m_commands; }
+    QToolBar* documentsToolbar() const { return m_toolbar; }
     qint32 currentItemId() const { return m_currentItemId; }
     // The files opened for the user (LocateDocument, LocateRevisionDoc), latest last.
     QStringList openedFiles() const { return m_openedFiles; }
@@ -48,6 +54,14 @@ public:
     // Where the repository of a folder starts: its first *.ini file; empty when none.
     static QString initFileIn(const QString& folder);
 
+    // Size, position, docks and splitters as the user left them; the first time, a size that
+    // fits the screen's free area.
+    void restoreWindowState();
+    void saveWindowState() const;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     static void listInCatalog(const GroupSession& session);
     void buildMenus();
@@ -58,9 +72,16 @@ private:
     void answerServerName();
     void openFile(const QString& file, const QString& volume);
     void setCurrentItem(qint32 itemId);
+    void recordAudit(const QString& action, const QList<qint32>& ids, const QString& description);
+    void noteRevision(const QString& file, const QString& volume, const QString& version,
+                      const QString& itemId);
+    void watchVersionActivation();
+    void openNotedRevision();
     void watchHandOverFolder();
     void showStatus(const QString& text);
 
+    // First member: the controls' prompts go through it from the start.
+    std::unique_ptr<HostUiServices::Installation> m_ui;
     GroupSession m_session;
     std::optional<DocumentLocator> m_locator;
     QTabWidget* m_pages = nullptr;
@@ -68,6 +89,12 @@ private:
     SearchPage* m_searchPage = nullptr;
     AuditTrailPanel* m_auditTrail = nullptr;
     QLabel* m_currentItem = nullptr;
+    DocumentCommands* m_commands = nullptr;
+    QToolBar* m_toolbar = nullptr;
+    struct Revision {
+        QString file, volume, version, itemId;
+    };
+    std::optional<Revision> m_revision; // the version chosen in the versions view
     QFileSystemWatcher* m_handOverWatcher = nullptr;
     qint32 m_currentItemId = 0;
     QStringList m_openedFiles;

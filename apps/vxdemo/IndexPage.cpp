@@ -5,7 +5,10 @@
 #include "server/LateBinding.h"
 #include "session/UiServices.h"
 
+#include <QApplication>
+#include <QDateTime>
 #include <QDir>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -54,11 +57,15 @@ IndexPage::IndexPage(QWidget* parent)
     connect(m_browse, &QPushButton::clicked, this, &IndexPage::chooseDocument);
     connect(m_file, &QPushButton::clicked, this, [this] { fileDocument(); });
     connect(m_next, &QPushButton::clicked, this, &IndexPage::nextDocument);
-    connect(m_document, &QLineEdit::textChanged, this, &IndexPage::updateButtons);
+    connect(m_document, &QLineEdit::textChanged, this, [this] {
+        setFiled(false);
+        updateButtons();
+    });
     updateButtons();
 }
 
 IndexPage::~IndexPage() {
+    qApp->removeEventFilter(this);
     closeSession();
 }
 
@@ -75,6 +82,7 @@ void IndexPage::openSession(const GroupSession& session) {
     writeMember(m_index, "GroupInitString", session.formPath);
     m_sessionOpen = true;
     m_result->clear();
+    setFiled(false);
     updateButtons();
 }
 
@@ -100,6 +108,11 @@ QString IndexPage::documentPath() const {
 
 qint32 IndexPage::fileDocument() {
     const QString path = documentPath().trimmed();
+    if (filed()) {
+        emit statusMessage(tr("This document is filed already. Choose the next document file or "
+                              "change the form to file again."));
+        return 0;
+    }
     if (!QFileInfo(path).isFile()) {
         ui().messageBox(tr("Choose the document file to index first."),
                         MessageStyle::OkOnly | MessageStyle::Exclamation, tr("File document"));
@@ -109,12 +122,13 @@ qint32 IndexPage::fileDocument() {
         writeMember(m_index, "DocumentPath", QDir::toNativeSeparators(path));
         writeMember(m_index, "CurFileType", 0);
         if (!callMember(m_index, "UpdateRecordAPI").toBool()) {
-            m_result->setText(tr("Not filed."));
+            reportInvalidForm();
             return 0;
         }
         // The API path leaves the new item id in CurItemID.
         const qint32 itemId = readMember(m_index, "CurItemID").toInt();
         m_result->setText(tr("Filed %1 as item %2.").arg(QFileInfo(path).fileName()).arg(itemId));
+        setFiled(true);
         emit statusMessage(m_result->text());
         emit documentFiled(itemId, path);
         return itemId;
@@ -133,6 +147,7 @@ void IndexPage::nextDocument() {
     }
     m_document->clear();
     m_result->clear();
+    setFiled(false);
 }
 
 void IndexPage::applyHandOver() {
@@ -153,8 +168,86 @@ void IndexPage::chooseDocument() {
 }
 
 void IndexPage::updateButtons() {
-    m_file->setEnabled(m_sessionOpen && !m_document->text().trimmed().isEmpty());
+    m_file->setEnabled(m_sessionOpen && !filed() && !m_document->text().trimmed().isEmpty());
     m_next->setEnabled(m_sessionOpen);
+}
+
+void IndexPage::reportInvalidForm() {
+    // The default form says which fields fail and why; another form may not.
+    QString problems;
+    if (QObject* form = m_index->findChild<QObject*>(QStringLiteral("Group"))) {
+        try {
+            problems = readMember(form, "FieldProblems").toString().trimmed();
+        } catch (const Error&) {
+        }
+    }
+    if (problems.isEmpty()) {
+        m_result->setText(tr("Not filed."));
+        emit statusMessage(m_result->text());
+        return;
+    }
+    m_result->setText(tr("Not filed: %1").arg(problems.section(u'\n', 0, 0)));
+    emit statusMessage(m_result->text());
+    ui().messageBox(tr("The document was not filed. Correct these fields:\n\n%1").arg(problems),
+                    MessageStyle::OkOnly | MessageStyle::Exclamation, tr("File document"));
+}
+
+QStringList IndexPage::formSnapshot() const {
+    QStringList values;
+    try {
+        if (QObject* form = m_index->findChild<QObject*>(QStringLiteral("Group"))) {
+            callMember(form, "MoveFirstField");
+            while (!readMember(form, "FieldEOF").toBool()) {
+                values << readMember(form, "FieldValue").toString();
+                if (readMember(form, "ListItemPresent").toBool()) {
+                    callMember(form, "MoveFirstListItem");
+                    while (readMember(form, "ListItemPresent").toBool()) {
+                        values << readMember(form, "ListItemText").toString();
+                        callMember(form, "MoveNextListItem");
+                    }
+                }
+                callMember(form, "MoveNextField");
+            }
+        }
+        if (QObject* keywords = m_index->findChild<QObject*>(QStringLiteral("kss2"))) {
+            values << QStringLiteral("\x1fkeywords");
+            callMember(keywords, "MoveFirst");
+            while (!readMember(keywords, "EOF").toBool()) {
+                values << readMember(keywords, "CurrentListValue").toString();
+                callMember(keywords, "MoveNext");
+            }
+        }
+    } catch (const Error&) {
+        // A form that cannot be walked counts as changed on every key.
+        values << QString::number(QDateTime::currentMSecsSinceEpoch());
+    }
+    return values;
+}
+
+void IndexPage::setFiled(bool filed) {
+    if (filed == this->filed())
+        return;
+    if (filed) {
+        m_filedForm = formSnapshot();
+        // Keys and clicks anywhere in the index control may change the form: look after each.
+        qApp->installEventFilter(this);
+    } else {
+        m_filedForm.reset();
+        qApp->removeEventFilter(this);
+    }
+    updateButtons();
+}
+
+bool IndexPage::eventFilter(QObject* watched, QEvent* event) {
+    const QEvent::Type type = event->type();
+    if (filed() && (type == QEvent::KeyRelease || type == QEvent::MouseButtonRelease)) {
+        auto* widget = qobject_cast<QWidget*>(watched);
+        if (widget && m_index->isAncestorOf(widget) && formSnapshot() != *m_filedForm) {
+            setFiled(false);
+            m_result->setText(tr("The form changed; it can be filed as a new document."));
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace vx::demo

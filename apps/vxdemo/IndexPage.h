@@ -2,7 +2,9 @@
 
 #include "GroupSession.h"
 
+#include <QStringList>
 #include <QWidget>
+#include <optional>
 
 class QLabel;
 class QLineEdit;
@@ -36,13 +38,23 @@ public:
     // The VXIndex control, reached by its member names only.
     QWidget* indexControl() const { return m_index; }
 
+    // True once the current document was filed and neither the file nor the form changed since.
+    bool filed() const { return m_filedForm.has_value(); }
+
 signals:
     void statusMessage(const QString& text);
     void documentFiled(qint32 itemId, const QString& documentPath);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void chooseDocument();
     void updateButtons();
+    // The form's values and keywords as text, to see whether the user changed them.
+    QStringList formSnapshot() const;
+    void setFiled(bool filed);
+    void reportInvalidForm();
 
     QWidget* m_index = nullptr;
     QLineEdit* m_document = nullptr;
@@ -51,6 +63,7 @@ private:
     QPushButton* m_next = nullptr;
     QLabel* m_result = nullptr;
     bool m_sessionOpen = false;
+    std::optional<QStringList> m_filedForm; // the form as it was filed
 };
 
 } // namespace vx::demo

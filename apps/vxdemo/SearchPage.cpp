@@ -18,8 +18,11 @@ namespace vx::demo {
 
 namespace {
 
-// What the sample's search form needs to show every field without clipping.
-constexpr QSize QueryFormMinimumSize(560, 540);
+// The search form scrolls its own fields; below this it would clip the keyword picker's buttons
+// (the pane around it scrolls instead).
+constexpr QSize QueryFormMinimumSize(560, 240);
+// The tab bar above the form and the picker, with its frame.
+constexpr int TabBarAllowance = 48;
 
 // Calls a method whose arguments are strings by reference, as VXFavourites and VXQuery take
 // them; the meta-object call passes the addresses of the local copies.
@@ -66,7 +69,7 @@ SearchPage::SearchPage(QWidget* parent)
     buttons->addWidget(m_search);
     side->addLayout(buttons);
 
-    // The form keeps the size its fields need and scrolls, so the results get the room.
+    // The form keeps the room its pages need and the pane scrolls below that.
     m_query->setMinimumSize(QueryFormMinimumSize);
     auto* queryArea = new QScrollArea(this);
     queryArea->setObjectName(QStringLiteral("queryArea"));
@@ -86,7 +89,7 @@ SearchPage::SearchPage(QWidget* parent)
     m_splitter->addWidget(m_hitList);
     m_splitter->setStretchFactor(0, 2);
     m_splitter->setStretchFactor(1, 3);
-    m_splitter->setSizes({300, 500});
+    m_splitter->setSizes({380, 520});
     m_splitter->setChildrenCollapsible(false);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_splitter);
@@ -100,6 +103,7 @@ SearchPage::SearchPage(QWidget* parent)
     connect(m_favourites, SIGNAL(SelectedItem(QString&, QString&)), this,
             SLOT(runFavourite(QString&, QString&)));
     connect(m_query, SIGNAL(PerformQuery()), this, SLOT(performQuery()));
+    connect(m_query, SIGNAL(KeyDown(short&, short&)), this, SLOT(queryKeyDown(short&, short&)));
 }
 
 SearchPage::~SearchPage() {
@@ -126,6 +130,10 @@ void SearchPage::openSession(const GroupSession& session) {
     } catch (const Error& error) {
         emit statusMessage(error.description());
     }
+    // The query control places its pages itself; give it what the keyword picker needs.
+    if (const auto* picker = m_query->findChild<QWidget*>(QStringLiteral("kss1")))
+        m_query->setMinimumHeight(qMax(QueryFormMinimumSize.height(),
+                                       picker->minimumSizeHint().height() + TabBarAllowance));
     m_sessionOpen = true;
 }
 
@@ -160,11 +168,17 @@ bool SearchPage::search() {
 }
 
 void SearchPage::runQuery(const QString& queryText) {
+    m_lastQuery = queryText;
     try {
         writeMember(m_hitList, "DoQuery", queryText);
     } catch (const Error& error) {
         emit statusMessage(error.description());
     }
+}
+
+void SearchPage::rerunQuery() {
+    if (!m_lastQuery.isEmpty())
+        runQuery(m_lastQuery);
 }
 
 void SearchPage::clearCriteria() {
@@ -203,6 +217,14 @@ void SearchPage::runFavourite(QString& name, QString& queryString) {
 }
 
 void SearchPage::performQuery() {
+    search();
+}
+
+void SearchPage::queryKeyDown(short& keyCode, short& shift) {
+    constexpr short EnterKey = 13;
+    if (keyCode != EnterKey || shift != 0)
+        return;
+    keyCode = 0; // taken: the field does not see it
     search();
 }
 

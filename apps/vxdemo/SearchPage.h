@@ -28,6 +28,8 @@ public:
     bool search();
     // Hands a complete query to the hit list.
     void runQuery(const QString& queryText);
+    // Runs the last query again, after an operation changed what it shows.
+    void rerunQuery();
     // Empties the form and the picked keywords.
     void clearCriteria();
     // Applies a query hand-over file another program left, if any (the search then runs).
@@ -49,6 +51,8 @@ private slots:
     // Connected by name to VXFavourites' SelectedItem and VXQuery's PerformQuery.
     void runFavourite(QString& name, QString& queryString);
     void performQuery();
+    // Connected by name to VXQuery's KeyDown: Enter in the form searches.
+    void queryKeyDown(short& keyCode, short& shift);
 
 private:
     void addFavourite(const QString& name, const QString& queryString);
@@ -62,6 +66,7 @@ private:
     QSplitter* m_splitter = nullptr;
     QStringList m_unconnected;
     QString m_groupName;
+    QString m_lastQuery;
     bool m_sessionOpen = false;
 };
 

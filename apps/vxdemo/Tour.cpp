@@ -1,6 +1,7 @@
 #include "Tour.h"
 
 #include "DemoWindow.h"
+#include "DocumentCommands.h"
 #include "IndexPage.h"
 #include "SearchPage.h"
 #include "TourUiServices.h"
@@ -10,13 +11,16 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDate>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QListWidget>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
@@ -80,11 +84,14 @@ Tour::Tour(DemoWindow& window, TourUiServices& ui, const QString& outputDir, con
 
 int Tour::run() {
     QDir().mkpath(m_outputDir);
+    // The pictures show the window at one size, whatever the screen (offscreen: 800 x 600).
+    m_window.resize(1280, 960);
     m_window.show();
     settle();
     indexDocument();
     searchAndSort();
     editRecord();
+    exportResults();
     showVersions();
     useFavourite();
     return int(m_screenshots.size());
@@ -188,6 +195,53 @@ void Tour::editRecord() {
     });
 }
 
+void Tour::exportResults() {
+    // A new run writes afresh: the export refuses a table name that exists.
+    QDir(outputsDir()).removeRecursively();
+    QDir().mkpath(outputsDir());
+    step(QStringLiteral("table-exported"), [&] {
+        auto* grid = qobject_cast<QTableView*>(requireChild(hitList(), QStringLiteral("HitList")));
+        if (!grid)
+            throw Error(ErrorNumber::Unspecified, QStringLiteral("no result grid"));
+        grid->selectAll();
+        m_ui.queueFolder(outputsDir());
+        m_ui.queueInput(QStringLiteral("TourInvoices"));
+        triggerHostAction(QStringLiteral("exportTable"));
+        if (!QFileInfo::exists(QDir(outputsDir()).filePath(QStringLiteral("TourInvoices.dbf"))))
+            throw Error(ErrorNumber::Unspecified, QStringLiteral("no table was written"));
+    });
+    step(QStringLiteral("text-exported"), [&] {
+        m_ui.queueFolder(outputsDir());
+        m_ui.queueInput(QStringLiteral("tour-invoices.csv"));
+        triggerHostAction(QStringLiteral("saveAsText"));
+        if (!QFileInfo::exists(QDir(outputsDir()).filePath(QStringLiteral("tour-invoices.csv"))))
+            throw Error(ErrorNumber::Unspecified, QStringLiteral("no text file was written"));
+    });
+    step(QStringLiteral("portable-exported"), [&] {
+        const QString destination = QDir(outputsDir()).filePath(QStringLiteral("portable"));
+        QDir().mkpath(destination);
+        // The user picks the export to a folder in the media dialog and confirms it.
+        m_ui.onProcessEvents([] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                if (widget->objectName() != u"pic_MediaType" || !widget->isVisible())
+                    continue;
+                auto* media = widget->findChild<QComboBox*>(QStringLiteral("cmb_MediaType"));
+                auto* ok = widget->findChild<QPushButton*>(QStringLiteral("btn_Ok"));
+                if (!media || !ok)
+                    continue;
+                media->setCurrentIndex(
+                    media->findText(QStringLiteral("FULL-EXPORT"), Qt::MatchStartsWith));
+                ok->click();
+            }
+        });
+        m_ui.queueFolder(destination);
+        triggerHostAction(QStringLiteral("portableExport"));
+        m_ui.onProcessEvents({});
+        if (QDir(destination).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty())
+            throw Error(ErrorNumber::Unspecified, QStringLiteral("no export folder was made"));
+    });
+}
+
 void Tour::showVersions() {
     SearchPage* search = m_window.searchPage();
     step(QStringLiteral("versions"), [&] {
@@ -217,6 +271,19 @@ void Tour::useFavourite() {
                           Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(list->viewport(), &click);
     });
+}
+
+void Tour::triggerHostAction(const QString& name) {
+    QAction* action = m_window.documentCommands()->action(name);
+    if (!action || !action->isEnabled())
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("the menu command %1 is not available").arg(name));
+    action->trigger();
+    settle();
+}
+
+QString Tour::outputsDir() const {
+    return QDir(m_outputDir).filePath(QStringLiteral("outputs"));
 }
 
 QWidget* Tour::hitList() const {

@@ -15,7 +15,9 @@ class TourUiServices;
 
 // A typical session run unattended on the demo window, saving a numbered PNG of the window after
 // each step: index a document, search, sort, open a record, edit and save it, look at a
-// document's versions, save the search as a favourite and run it again.
+// document's versions, save the search as a favourite and run it again, and export the results
+// through the host's menu (a table, a text file and a portable export to a folder), leaving
+// what the exports wrote under outputDir/outputs.
 class Tour {
 public:
     // The tour's own files (the document it indexes) go to workDir.
@@ -32,6 +34,7 @@ private:
     void indexDocument();
     void searchAndSort();
     void editRecord();
+    void exportResults();
     void showVersions();
     void useFavourite();
 
@@ -39,6 +42,8 @@ private:
     QAction* toolbarButton(const QString& key) const;
     void pressToolbarButton(const QString& key);
     QString writeTourDocument() const;
+    void triggerHostAction(const QString& name);
+    QString outputsDir() const;
 
     DemoWindow& m_window;
     TourUiServices& m_ui;

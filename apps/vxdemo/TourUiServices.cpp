@@ -30,8 +30,10 @@ std::optional<QString> TourUiServices::inputBox(const QString& prompt, const QSt
 
 QString TourUiServices::browseForFolder(QWidget* owner, const QString& title) {
     Q_UNUSED(owner)
-    note(QStringLiteral("folder \"%1\": cancelled").arg(title));
-    return {};
+    const QString folder = m_folders.isEmpty() ? QString() : m_folders.takeFirst();
+    note(QStringLiteral("folder \"%1\": %2")
+             .arg(title, folder.isEmpty() ? QStringLiteral("cancelled") : folder));
+    return folder;
 }
 
 void TourUiServices::setBusyCursor(bool busy) {
@@ -40,6 +42,8 @@ void TourUiServices::setBusyCursor(bool busy) {
 
 void TourUiServices::processEvents() {
     QCoreApplication::processEvents();
+    if (m_processEventsHook)
+        m_processEventsHook();
 }
 
 void TourUiServices::sleep(int milliseconds) {

@@ -1,4 +1,5 @@
 #include "DemoWindow.h"
+#include "HostSettings.h"
 #include "Tour.h"
 #include "TourUiServices.h"
 #include "companions/DefaultCompanions.h"
@@ -122,9 +123,8 @@ int main(int argc, char** argv) {
             return 0;
         }
         // The last repository the user chose, else the per-user sample.
-        const QString stored = QSettings(QStringLiteral("VXUILib"), QStringLiteral("vxdemo"))
-                                   .value(QStringLiteral("Repository"))
-                                   .toString();
+        const QString stored =
+            vx::demo::hostSettings().value(QStringLiteral("Repository")).toString();
         const QString dir = !repositoryArgument.isEmpty() ? repositoryArgument
                             : !stored.isEmpty()           ? stored
                                                           : defaultRepositoryDir();
