@@ -17,6 +17,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QListWidget>
 #include <QMenu>
 #include <QMouseEvent>
@@ -252,6 +253,11 @@ void Tour::showVersions() {
             throw Error(ErrorNumber::Unspecified, QStringLiteral("the form built no query"));
         settle();
         pressToolbarButton(QStringLiteral("Archive"));
+        // Choosing a version names its file in the status bar; Enter would open it.
+        auto* grid = requireChild(hitList(), QStringLiteral("HitList"));
+        grid->setFocus();
+        QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+        QApplication::sendEvent(grid, &down);
     });
 }
 

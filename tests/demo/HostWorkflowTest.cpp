@@ -28,6 +28,7 @@
 #include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
@@ -398,6 +399,30 @@ TEST_F(HostWorkflowTest, WindowStateIsKeptUnderTheHostsNameAndTheFirstWindowFits
     EXPECT_EQ(second.size(), QSize(700, 500));
     EXPECT_EQ(second.searchPage()->findChild<QSplitter*>("searchSplitter")->saveState(),
               splitterState);
+}
+
+TEST_F(HostWorkflowTest, SearchPaneGivesTheKeywordPickerItsRoom) {
+    window = std::make_unique<DemoWindow>();
+    ASSERT_TRUE(window->openGroup(sample.initFilePath()));
+    window->resize(900, 600); // smaller than the first window
+    window->show();
+    window->pages()->setCurrentWidget(window->searchPage());
+    QWidget* query = window->searchPage()->queryControl();
+    auto* tabs = query->findChild<QTabBar*>();
+    ASSERT_NE(tabs, nullptr);
+    for (int tab = 0; tab < tabs->count(); ++tab)
+        if (tabs->tabText(tab).remove('&') == "Keywords")
+            QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(tab).center());
+    QApplication::processEvents();
+    auto* picker = query->findChild<QWidget*>("kss1");
+    ASSERT_TRUE(picker && picker->isVisible());
+    EXPECT_GE(picker->height(), picker->minimumSizeHint().height());
+    const auto buttons = picker->findChildren<QPushButton*>();
+    ASSERT_FALSE(buttons.isEmpty());
+    for (QPushButton* button : buttons) {
+        const QRect inPicker(button->mapTo(picker, QPoint(0, 0)), button->size());
+        EXPECT_TRUE(picker->rect().contains(inPicker)) << button->text().toStdString();
+    }
 }
 
 } // namespace

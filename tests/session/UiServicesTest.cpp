@@ -3,6 +3,7 @@
 #include "support/TestEnvironment.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -71,4 +72,29 @@ TEST(QtUiServices, MessageBoxShowsTheStyleAndReturnsTheChosenButton) {
     });
     EXPECT_EQ(services.inputBox("Name", "Title", "default"), QString("typed"));
     EXPECT_FALSE(services.shellExecute("open", "/no/such/file"));
+}
+
+TEST(QtUiServices, MessageBoxIsWideEnoughForItsTitle) {
+    QtUiServices services;
+    struct Case {
+        QString title;
+        QString text;
+    };
+    const Case cases[] = {{"Search Result", "0"},
+                          {"Export To Veltrane - Failed to create tables", "No."},
+                          {"T", "A text much longer than its title, which sizes the box itself."}};
+    for (const Case& c : cases) {
+        int width = 0;
+        QTimer::singleShot(0, [&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                width = box->width();
+                box->button(QMessageBox::Ok)->click();
+            }
+        });
+        services.messageBox(c.text, MessageStyle::OkOnly, c.title);
+        const QFontMetrics metrics(QApplication::font("QMdiSubWindowTitleBar"));
+        EXPECT_GE(width, metrics.horizontalAdvance(c.title) + 100) << c.title.toStdString();
+        EXPECT_GE(width, QFontMetrics(QApplication::font()).horizontalAdvance(c.text))
+            << c.text.toStdString();
+    }
 }
