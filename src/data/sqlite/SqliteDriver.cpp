@@ -9,6 +9,7 @@
 #include "data/sqlite/SqliteTableKeys.h"
 
 #include <QFileInfo>
+#include <QUrl>
 #include <array>
 #include <optional>
 
@@ -181,6 +182,9 @@ void SqliteDriver::open(const ConnectionProperties& properties, const QString&, 
     const bool readOnly =
         properties.value(QStringLiteral("Mode")).trimmed().compare(u"Read", Qt::CaseInsensitive) ==
         0;
+    // A file nobody changes while it is open (an export on a CD): no locks, no journal files
+    // beside it, so reading leaves its folder exactly as it was.
+    const bool immutable = readOnly && isTrueText(properties.value(QStringLiteral("Immutable")));
     if (!create && path != u":memory:" && !QFileInfo(path).isFile())
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("Could not find file '%1'.").arg(path));
@@ -188,8 +192,14 @@ void SqliteDriver::open(const ConnectionProperties& properties, const QString&, 
     int flags = SQLITE_OPEN_NOMUTEX | (readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
     if (create && !readOnly)
         flags |= SQLITE_OPEN_CREATE;
+    QByteArray target = path.toUtf8();
+    if (immutable && path != u":memory:") {
+        flags |= SQLITE_OPEN_URI;
+        target = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded() +
+                 QByteArrayLiteral("?immutable=1");
+    }
     sqlite3* raw = nullptr;
-    const int code = sqlite3_open_v2(path.toUtf8().constData(), &raw, flags, nullptr);
+    const int code = sqlite3_open_v2(target.constData(), &raw, flags, nullptr);
     DatabaseHandle db(raw);
     if (code != SQLITE_OK) {
         const Error error = errorFrom(raw, code);

@@ -7,9 +7,10 @@ namespace vx {
 // The embedded engine: one repository file, opened in WAL mode with a busy timeout so that a
 // second writer waits rather than fails. Connection keys: "Data Source" (the file),
 // "Busy Timeout" (milliseconds, 10000 unless given), "Create If Missing" (True to create a new
-// file; otherwise a missing file is an error), "Mode" ("Read" opens read-only), "Synchronous"
-// ("Off", "Normal", "Full" or "Extra": how often the engine waits for the disk; the engine's
-// default unless given).
+// file; otherwise a missing file is an error), "Mode" ("Read" opens read-only), "Immutable"
+// (True with "Mode=Read": the file is read without locks or journal files, for read-only media),
+// "Synchronous" ("Off", "Normal", "Full" or "Extra": how often the engine waits for the disk;
+// the engine's default unless given).
 class SqliteDriver : public Driver {
 public:
     SqliteDriver();
