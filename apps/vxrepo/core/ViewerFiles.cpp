@@ -29,9 +29,11 @@ void writeViewerFiles(const QString& dir) {
     writeStandIn(QDir(folder).filePath(QStringLiteral("veltrane.chm")),
                  "Stand-in for the CD viewer's help file veltrane.chm, which a portable export "
                  "copies into every volume.\r\n");
-    // Relative, so the viewer opens the database beside the link wherever the volume is copied.
+    // Relative, so the viewer opens the database beside the link wherever the volume is copied;
+    // read-only and immutable, so reading a volume (on a CD or not) never writes beside it.
     writeDataLinkFile(QDir(folder).filePath(QStringLiteral("veltrane.udl")),
-                      QStringLiteral("Provider=SQLite;Data Source=veltrane.znl"));
+                      QStringLiteral("Provider=SQLite;Data Source=veltrane.znl;Mode=Read;"
+                                     "Immutable=True"));
 }
 
 } // namespace vx::repo
