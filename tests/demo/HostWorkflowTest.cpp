@@ -381,14 +381,16 @@ TEST_F(HostWorkflowTest, VersionsOpenOnDoubleClickOrEnterNotOnSelection) {
 }
 
 TEST_F(HostWorkflowTest, WindowStateIsKeptUnderTheHostsNameAndTheFirstWindowFitsTheScreen) {
+    // Also run at QT_SCALE_FACTOR=1.5: the free area in device-independent pixels shrinks.
     const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+    const QSize chosen = available.size() * 0.75;
     QByteArray splitterState;
     {
         DemoWindow first;
+        first.show();
         EXPECT_TRUE(available.contains(first.frameGeometry()))
             << "first window within the free area";
-        first.show();
-        first.resize(700, 500);
+        first.resize(chosen);
         auto* splitter = first.searchPage()->findChild<QSplitter*>("searchSplitter");
         splitter->setSizes({100, 300});
         splitterState = splitter->saveState();
@@ -396,7 +398,7 @@ TEST_F(HostWorkflowTest, WindowStateIsKeptUnderTheHostsNameAndTheFirstWindowFits
     }
     EXPECT_TRUE(QFile::exists(QDir(environment.settingsFolder()).filePath("vxdemo.ini")));
     DemoWindow second;
-    EXPECT_EQ(second.size(), QSize(700, 500));
+    EXPECT_EQ(second.size(), chosen);
     EXPECT_EQ(second.searchPage()->findChild<QSplitter*>("searchSplitter")->saveState(),
               splitterState);
 }
