@@ -261,9 +261,14 @@ void DemoWindow::openFile(const QString& file, const QString& volume) {
 void DemoWindow::recordAudit(const QString& action, const QList<qint32>& ids,
                              const QString& description) {
     m_auditTrail->record(action, ids, description);
-    m_commands->noteAudit(action, ids, description);
-    if (action == u"Editing" && !ids.isEmpty())
-        showStatus(tr("Saved the changes to item %1.").arg(ids.first()));
+    // A command of the host's menu reports when it ends; the control's own buttons report here.
+    if (m_commands->running()) {
+        m_commands->noteAudit(action, ids, description);
+        return;
+    }
+    const QString outcome = DocumentCommands::auditOutcome(action, ids, description);
+    if (!outcome.isEmpty())
+        showStatus(outcome);
 }
 
 void DemoWindow::noteRevision(const QString& file, const QString& volume, const QString& version,

@@ -122,6 +122,23 @@ void DocumentCommands::noteAudit(const QString& action, const QList<qint32>& ite
     m_auditDescription = description;
 }
 
+QString DocumentCommands::auditOutcome(const QString& action, const QList<qint32>& itemIds,
+                                       const QString& description) {
+    const int count = int(itemIds.size());
+    if (action == u"Copying")
+        return tr("Copied %1 to %2.").arg(documents(count), native(afterColon(description)));
+    if (action == u"Moving")
+        return tr("Moved %1 to %2.").arg(documents(count), native(afterColon(description)));
+    if (action == u"Deleting")
+        return tr("Marked %1 for deletion.").arg(documents(count));
+    if (action == u"Exporting")
+        return tr("Exported %1 for the viewer to %2.")
+            .arg(documents(count), afterColon(description));
+    if (action == u"Editing" && !itemIds.isEmpty())
+        return tr("Saved the changes to item %1.").arg(itemIds.first());
+    return {};
+}
+
 void DocumentCommands::run(const Command& command) {
     if (!m_hitList || m_running)
         return;
@@ -168,7 +185,7 @@ QString DocumentCommands::outcome(const Command& command, bool succeeded, int co
     if (command.name == u"portableExport")
         return succeeded ? tr("Exported %1 for the viewer to %2.")
                                .arg(documents(count), afterColon(m_auditDescription))
-                         : tr("The portable export did not run to its end.");
+                         : tr("No portable export was made.");
     if (command.name == u"copyDocuments")
         return succeeded ? tr("Copied %1 to %2.")
                                .arg(documents(count), native(afterColon(m_auditDescription)))

@@ -33,6 +33,11 @@ public:
 
     // The control's RecordAuditTrail, as the host received it.
     void noteAudit(const QString& action, const QList<qint32>& itemIds, const QString& description);
+    // True while one of these commands runs (its status follows when it ends).
+    bool running() const { return m_running; }
+    // What an audit record says happened ("Copied 3 documents to ..."); empty for other actions.
+    static QString auditOutcome(const QString& action, const QList<qint32>& itemIds,
+                                const QString& description);
 
 signals:
     void statusMessage(const QString& text);

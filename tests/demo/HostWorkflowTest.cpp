@@ -347,6 +347,11 @@ TEST_F(HostWorkflowTest, CommandsFollowThePermissionBitsAndTheResults) {
             EXPECT_EQ(menuCommand(name)->isEnabled(), c.enabled.contains(name))
                 << name << " with permission " << c.permission;
     }
+    // The control's own buttons are reported in the status bar too, from their audit records.
+    grid()->selectRow(0);
+    environment.ui().answerMessage(vx::MessageAnswer::Yes);
+    toolbarButton("Delete")->trigger();
+    EXPECT_EQ(status(), "Marked 1 document for deletion.");
 }
 
 TEST_F(HostWorkflowTest, VersionsOpenOnDoubleClickOrEnterNotOnSelection) {
