@@ -30,16 +30,14 @@ bool FindReplaceSearch::findNext(const QString& caption, const QString& type,
         // Cells are read in place: moving the cursor row by row would move the grid with it.
         for (qsizetype row = from; row < count; ++row) {
             if (FormatForCompare(type, result.valueAt(row, column)) == wanted) {
-                result.setPosition(row);
-                m_hitList.makeResultRowCurrent();
+                m_hitList.makeResultRowCurrent(row);
                 return true;
             }
         }
         if (!askStartFromBeginning()) {
-            if (count > 0) {
-                result.moveLast();
-                m_hitList.makeResultRowCurrent();
-            }
+            // Staying on the last row is no move and tells the host nothing.
+            if (count > 0 && (result.eof() || result.position() != count - 1))
+                m_hitList.makeResultRowCurrent(count - 1);
             return false;
         }
         if (count > 0)

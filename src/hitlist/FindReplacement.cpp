@@ -32,15 +32,11 @@ QString sqlText(const QString& typed, const QVariant& validated, const QString& 
 FindReplacement::FindReplacement(HitListContext& hitList)
     : m_hitList(hitList) {}
 
-bool FindReplacement::moveResultTo(Recordset& result, qint32 itemId) {
+qsizetype FindReplacement::rowOfItem(const Recordset& result, qint32 itemId) {
     if (!result.isOpen())
-        return false;
+        return -1;
     const int column = result.field(QStringLiteral("itemID")).index();
-    const qsizetype row = result.find(column, QVariant(itemId));
-    if (row < 0)
-        return false;
-    result.setPosition(row);
-    return true;
+    return result.find(column, QVariant(itemId));
 }
 
 bool FindReplacement::replaceOne(const Request& request) {
@@ -68,12 +64,13 @@ bool FindReplacement::replaceOne(const Request& request) {
             const qint32 itemId = toInt32(rows.value(QStringLiteral("ItemID")));
             // Rolled back when it ends uncommitted: declined, not in the result, or failed.
             Transaction transaction(connection);
-            if (!moveResultTo(result, itemId))
+            const qsizetype row = rowOfItem(result, itemId);
+            if (row < 0)
                 continue;
             // The change goes to the group table's row; the result follows on requery.
             rows.setValue(column, request.replaceText);
             rows.update();
-            m_hitList.makeResultRowCurrent();
+            m_hitList.makeResultRowCurrent(row);
             if (confirm(question, QStringLiteral("Replace"))) {
                 transaction.commit();
                 m_hitList.requeryList();

@@ -37,8 +37,8 @@ public:
 
 private:
     qint64 runReplaceAll(const Request& request, const std::function<void()>& afterCommit);
-    // Moves the result set to the document; false (result unmoved) when it is not there.
-    bool moveResultTo(Recordset& result, qint32 itemId);
+    // The result's row holding the document; -1 when it is not there.
+    static qsizetype rowOfItem(const Recordset& result, qint32 itemId);
 
     HitListContext& m_hitList;
 };

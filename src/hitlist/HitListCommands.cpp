@@ -112,10 +112,13 @@ void HitListCommands::pressAndRun(const QString& key, bool pressed) {
 }
 
 void HitListCommands::navigate(const QString& key) {
-    Recordset set = m_session.versionsShown() ? m_session.versions : m_session.result;
+    const bool versions = m_session.versionsShown();
+    Recordset set = versions ? m_session.versions : m_session.result;
     if (!set.isOpen())
         return;
-    // The move makes the grid follow, and its row change raises CurrentItemID.
+    // The move makes the grid follow, and its row change raises CurrentItemID. Moving past an
+    // end comes back to the same row, which the grid does not see as a change.
+    bool pastEnd = false;
     if (key == QLatin1String("First")) {
         if (set.bof())
             return;
@@ -126,24 +129,34 @@ void HitListCommands::navigate(const QString& key) {
             return;
         m_parts.grid->clearSelection();
         set.movePrevious();
-        if (set.bof())
+        if (set.bof()) {
             set.moveFirst();
+            pastEnd = true;
+        }
     } else if (key == QLatin1String("Next")) {
         if (set.eof())
             return;
         m_parts.grid->clearSelection();
         set.moveNext();
-        if (set.eof())
+        if (set.eof()) {
             set.moveLast();
+            pastEnd = true;
+        }
     } else {
         if (set.eof())
             return;
         m_parts.grid->clearSelection();
         set.moveLast();
     }
-    // The row moved to is the selected one, as a click on it would make it.
-    FlagScope guard(m_session.rowChangeGuard);
-    m_parts.grid->followRecordset(true);
+    {
+        // The row moved to is the selected one, as a click on it would make it.
+        FlagScope guard(m_session.rowChangeGuard);
+        m_parts.grid->followRecordset(true);
+    }
+    // The versions list reports its end version again when asked to move beyond it; the
+    // results stay silent, their current document did not change.
+    if (pastEnd && versions)
+        m_session.rowColChange();
 }
 
 void HitListCommands::hidePages() {

@@ -203,9 +203,11 @@ QString HitListSession::clickedColumnCaption() const {
     return shown.columnInfo(clickedColumn).name;
 }
 
-void HitListSession::makeResultRowCurrent() {
+void HitListSession::makeResultRowCurrent(qsizetype row) {
     {
+        // The grid's own row change would report the move a second time.
         FlagScope guard(rowChangeGuard);
+        result.setPosition(row);
         parts.grid->followRecordset(true);
     }
     currentRowChanged();

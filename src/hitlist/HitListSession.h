@@ -114,7 +114,7 @@ public:
     VXDynaForm* form() override;
     QList<qint32> selectionForCommand() override;
     QString clickedColumnCaption() const override;
-    void makeResultRowCurrent() override;
+    void makeResultRowCurrent(qsizetype row) override;
     void layoutControl() override;
     void requeryList() override;
     QString locateDocumentFromID(qint32 itemId, const QString& file,

@@ -50,9 +50,9 @@ public:
 
     // The caption (field name) of the column whose header was clicked last; empty when none.
     virtual QString clickedColumnCaption() const = 0;
-    // After code moved the result set: the grid follows its current row and the row-change
-    // handling runs (current item id, CurrentItemID, record form).
-    virtual void makeResultRowCurrent() = 0;
+    // Moves the result set to `row` and makes it the current row: the grid follows and selects
+    // it, and the row-change handling runs once (current item id, CurrentItemID, record form).
+    virtual void makeResultRowCurrent(qsizetype row) = 0;
     // Lays the control out again (the find and replace panel was shown or hidden).
     virtual void layoutControl() = 0;
     // Re-runs the result's query keeping the current document current.

@@ -5,6 +5,7 @@
 #include "index/VXIndex.h"
 #include "server/ControlFactory.h"
 #include "server/LateBinding.h"
+#include "support/SampleFormFields.h"
 #include "support/SampleRepository.h"
 #include "support/SpyCompanions.h"
 #include "support/TestEnvironment.h"
@@ -15,17 +16,6 @@
 #include <memory>
 
 namespace vx::test {
-
-// The sample group's index form as the spy form presents it: (column, caption) in form order.
-inline QList<SpyField> sampleFormFields() {
-    QList<SpyField> list;
-    for (const char* column : {"InvoiceNo", "Customer", "Status", "Amount", "InvoiceDate", "Paid",
-                               "Categories", "Notes"})
-        list.append(SpyField{column, column, {}, {}});
-    list[0].caption = QStringLiteral("Invoice number");
-    list[4].caption = QStringLiteral("Invoice date");
-    return list;
-}
 
 // An index control made through the factory, on its own copy of the sample repository, with
 // spy companions (only those named by `spyKinds`; the rest are the registered defaults).

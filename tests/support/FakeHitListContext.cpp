@@ -108,6 +108,11 @@ QList<qint32> FakeHitListContext::selectionForCommand() {
     return selection;
 }
 
+void FakeHitListContext::makeResultRowCurrent(qsizetype row) {
+    d->result.setPosition(row);
+    raiseCurrentItemID();
+}
+
 void FakeHitListContext::requeryList() {
     ++requeries;
     const qint32 remembered = currentItemId();

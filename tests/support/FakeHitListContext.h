@@ -69,7 +69,7 @@ public:
     VXDynaForm* form() override;
     QList<qint32> selectionForCommand() override;
     QString clickedColumnCaption() const override { return clickedCaption; }
-    void makeResultRowCurrent() override { raiseCurrentItemID(); }
+    void makeResultRowCurrent(qsizetype row) override;
     void layoutControl() override { ++layouts; }
     void requeryList() override;
     QString locateDocumentFromID(qint32 itemId, const QString& file,
