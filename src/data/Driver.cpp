@@ -36,7 +36,30 @@ void registerBuiltins() {
     });
 }
 
+// A result read whole, handed out in one piece.
+class WholeResultStream : public ResultStream {
+public:
+    explicit WholeResultStream(std::unique_ptr<RowStore> rows)
+        : m_rows(std::move(rows))
+        , m_columns(m_rows->columns()) {}
+
+    const ColumnList& columns() const override { return m_columns; }
+    bool orderBy(const std::vector<SortColumn>&) override { return false; }
+    std::unique_ptr<RowStore> read(qsizetype) override {
+        return m_rows ? std::move(m_rows) : std::make_unique<RowStore>(m_columns);
+    }
+    bool atEnd() const override { return !m_rows; }
+
+private:
+    std::unique_ptr<RowStore> m_rows;
+    ColumnList m_columns;
+};
+
 } // namespace
+
+std::unique_ptr<ResultStream> Driver::openStream(const QString& sql) {
+    return std::make_unique<WholeResultStream>(select(sql));
+}
 
 void registerDriver(const QString& provider, DriverFactory factory) {
     Registry& reg = registry();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/ConnectionProperties.h"
+#include "data/ResultStream.h"
 #include "data/RowAppender.h"
 #include "data/RowStore.h"
 
@@ -42,6 +43,9 @@ public:
     // Runs a query and materialises every row, with column types, sizes, base table and column,
     // and which columns form the base table's key.
     virtual std::unique_ptr<RowStore> select(const QString& sql) = 0;
+    // A query read a piece at a time (see ResultStream). By default the whole result is read
+    // at once and handed out as it is; engines that can, read it as it comes.
+    virtual std::unique_ptr<ResultStream> openStream(const QString& sql);
     // The whole table, for table-direct opens; a missing table throws TableNotFound.
     virtual std::unique_ptr<RowStore> selectTable(const QString& table) = 0;
 

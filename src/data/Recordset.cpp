@@ -166,6 +166,44 @@ void Recordset::open(const QString& source, const Connection& connection, Cursor
     notify(*d, RecordsetChange::Reset, -1);
 }
 
+void Recordset::openRead(std::unique_ptr<RowStore> rows, const QString& source,
+                         const Connection& connection, CursorType cursor, LockType lock,
+                         const QString& sort) {
+    d->source = source;
+    d->connection = connection;
+    d->madeElsewhere = false;
+    d->cursorType = cursor;
+    d->lock = lock;
+    d->command = CommandType::Text;
+    d->sortText.clear();
+    notify(*d, RecordsetChange::AboutToReset, -1);
+    load(*d, std::move(rows));
+    if (!sort.isEmpty()) {
+        // Already in this order: only named, not applied.
+        d->sortColumns =
+            parseSortText(sort, [this](const QString& name) { return columnByName(*d, name); });
+        d->sortText = sort;
+    }
+    notify(*d, RecordsetChange::Reset, -1);
+}
+
+void Recordset::appendRows(const RowStore& rows) {
+    requireOpen(*d);
+    if (rows.rowCount() == 0)
+        return;
+    const qsizetype first = d->rows->rowCount();
+    const qsizetype at = d->order.size();
+    notify(*d, RecordsetChange::RowAboutToBeInserted, at, rows.rowCount());
+    d->rows->appendRows(rows);
+    d->gone.resize(d->gone.size() + size_t(rows.rowCount()), 0);
+    for (qsizetype row = first; row < d->rows->rowCount(); ++row)
+        d->order.append(row);
+    // A cursor past the last row stays past the new last row.
+    if (d->place == Place::AfterLast)
+        d->position = d->order.size();
+    notify(*d, RecordsetChange::RowInserted, at, rows.rowCount());
+}
+
 Recordset Recordset::fromRows(std::unique_ptr<RowStore> rows) {
     Recordset recordset;
     recordset.d->madeElsewhere = true;

@@ -36,6 +36,7 @@ struct RecordsetChange {
         RowAboutToBeRemoved
     } kind = Reset;
     qsizetype position = -1; // 0-based position in the current order
+    qsizetype count = 1;     // rows inserted at `position` (rows read later arrive together)
 };
 
 // A client-side cursor over materialised rows, after the platform's record set: copies share
@@ -52,6 +53,16 @@ public:
     void open(const QString& source, const Connection& connection,
               CursorType cursor = CursorType::ForwardOnly, LockType lock = LockType::ReadOnly,
               CommandType command = CommandType::Text);
+    // Opens over the first rows of `source` read elsewhere (a ResultStream of another connection
+    // of the same repository); appendRows adds the rest as they come. The rows stand in the
+    // order they were read, which is the order `sort` gives when the engine was asked for it:
+    // the record set reports `sort` without sorting them again. Requery and write-back go
+    // through `connection`, as after open.
+    void openRead(std::unique_ptr<RowStore> rows, const QString& source,
+                  const Connection& connection, CursorType cursor, LockType lock,
+                  const QString& sort);
+    // Further rows of the same result, after the last row of the current order.
+    void appendRows(const RowStore& rows);
     // A record set over rows made elsewhere (schema rowsets); read-only.
     static Recordset fromRows(std::unique_ptr<RowStore> rows);
     void close();

@@ -46,7 +46,9 @@ qint64 packDateTime(QDate date, QTime time) {
     return date.toJulianDay() * secondsPerDay + seconds;
 }
 
-qint64 packDateTime(const QDateTime& value) { return packDateTime(value.date(), value.time()); }
+qint64 packDateTime(const QDateTime& value) {
+    return packDateTime(value.date(), value.time());
+}
 
 QDateTime unpackDateTime(qint64 packed) {
     qint64 day = packed / secondsPerDay;
@@ -195,10 +197,18 @@ RowStore::RowStore(ColumnList columns)
 
 RowStore::~RowStore() = default;
 
-const ColumnList& RowStore::columns() const { return d->columns; }
-ColumnList& RowStore::columns() { return d->columns; }
-int RowStore::columnCount() const { return int(d->columns.size()); }
-qsizetype RowStore::rowCount() const { return d->rows; }
+const ColumnList& RowStore::columns() const {
+    return d->columns;
+}
+ColumnList& RowStore::columns() {
+    return d->columns;
+}
+int RowStore::columnCount() const {
+    return int(d->columns.size());
+}
+qsizetype RowStore::rowCount() const {
+    return d->rows;
+}
 
 void RowStore::reserve(qsizetype rows) {
     for (auto& column : d->data) {
@@ -333,6 +343,48 @@ qsizetype RowStore::appendEmptyRow() {
     return d->rows - 1;
 }
 
+void RowStore::appendRows(const RowStore& other) {
+    if (other.d->data.size() != d->data.size() || d->appendColumn != 0)
+        throw Error(ErrorNumber::Unspecified, QStringLiteral("Rows of another result"));
+    const qsizetype base = d->rows;
+    const qsizetype added = other.d->rows;
+    for (size_t i = 0; i < d->data.size(); ++i) {
+        Private::Column& to = d->data[i];
+        const Private::Column& from = other.d->data[i];
+        if (to.kind != from.kind || to.width != from.width)
+            throw Error(ErrorNumber::Unspecified, QStringLiteral("Rows of another result"));
+        if (to.kind == StorageKind::Text) {
+            if (to.arena.size() + from.arena.size() > std::numeric_limits<quint32>::max())
+                throw Error(ErrorNumber::Unspecified,
+                            QStringLiteral("The result holds more text than one column can keep"));
+            const quint32 shift = quint32(to.arena.size());
+            to.arena.insert(to.arena.end(), from.arena.begin(), from.arena.end());
+            to.offsets.reserve(to.offsets.size() + size_t(added));
+            for (size_t k = 1; k < from.offsets.size(); ++k)
+                to.offsets.push_back(from.offsets[k] + shift);
+            for (const auto& [row, text] : from.rewritten)
+                to.rewritten[base + row] = text;
+        } else {
+            to.numbers.insert(to.numbers.end(), from.numbers.begin(), from.numbers.end());
+        }
+        // Null bits, shifted to their new rows: whole words when the rows line up.
+        const size_t words = size_t(base + added + 63) / 64;
+        if (to.nulls.size() < words)
+            to.nulls.resize(words, 0);
+        const int offset = int(base & 63);
+        const size_t first = size_t(base) >> 6;
+        for (size_t w = 0; w < from.nulls.size(); ++w) {
+            const quint64 bits = from.nulls[w];
+            if (!bits)
+                continue;
+            to.nulls[first + w] |= bits << offset;
+            if (offset && first + w + 1 < to.nulls.size())
+                to.nulls[first + w + 1] |= bits >> (64 - offset);
+        }
+    }
+    d->rows += added;
+}
+
 bool RowStore::isNull(qsizetype row, int column) const {
     return d->data[size_t(column)].isNull(row);
 }
@@ -385,8 +437,8 @@ void RowStore::setValue(qsizetype row, int column, const QVariant& value) {
         data.putInteger(row, packDateTime(value.toDateTime()));
         break;
     case StorageKind::Text:
-        data.rewritten[row] =
-            value.typeId() == QMetaType::QByteArray ? value.toByteArray() : value.toString().toUtf8();
+        data.rewritten[row] = value.typeId() == QMetaType::QByteArray ? value.toByteArray()
+                                                                      : value.toString().toUtf8();
         break;
     }
     data.markNull(row, false);

@@ -4,7 +4,6 @@
 
 #include <QDateTime>
 #include <QVariant>
-
 #include <cstdint>
 #include <memory>
 
@@ -47,6 +46,9 @@ public:
 
     // A new row with every cell null; returns its storage index.
     qsizetype appendEmptyRow();
+    // Appends every row of a store read from the same result (same columns, same storage), as
+    // a result read in pieces arrives. Throws when the columns differ.
+    void appendRows(const RowStore& other);
 
     bool isNull(qsizetype row, int column) const;
     // Null is an invalid QVariant; otherwise int (SmallInt, Integer), qint64 (BigInt), bool,

@@ -123,7 +123,7 @@ void RecordsetModel::onChange(const RecordsetChange& change) {
         d->resetting = true;
         break;
     case RecordsetChange::RowAboutToBeInserted:
-        beginInsertRows({}, position, position);
+        beginInsertRows({}, position, position + int(change.count) - 1);
         d->inserting = true;
         break;
     case RecordsetChange::RowAboutToBeRemoved:
@@ -148,9 +148,9 @@ void RecordsetModel::onChange(const RecordsetChange& change) {
     }
     case RecordsetChange::RowInserted:
         if (!d->inserting)
-            beginInsertRows({}, position, position);
+            beginInsertRows({}, position, position + int(change.count) - 1);
         d->inserting = false;
-        ++d->rows;
+        d->rows += int(change.count);
         endInsertRows();
         break;
     case RecordsetChange::RowRemoved:

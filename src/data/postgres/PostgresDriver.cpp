@@ -5,6 +5,7 @@
 #include "data/postgres/PostgresCatalog.h"
 #include "data/postgres/PostgresErrors.h"
 #include "data/postgres/PostgresResultReader.h"
+#include "data/postgres/PostgresResultStream.h"
 #include "data/postgres/PostgresRowWriter.h"
 #include "data/postgres/PostgresSchema.h"
 #include "data/postgres/PostgresSession.h"
@@ -175,6 +176,24 @@ std::unique_ptr<RowStore> PostgresDriver::select(const QString& sql) {
         throw spelledAsWritten(error, sql);
     }
     return readResult(result.get(), d->catalog, sql);
+}
+
+std::unique_ptr<ResultStream> PostgresDriver::openStream(const QString& sql) {
+    PGconn* connection = d->session.connection();
+    // A cursor needs a transaction of its own: not inside one the caller has open.
+    if (d->session.level() > 0)
+        return Driver::openStream(sql);
+    return std::make_unique<PostgresResultStream>(
+        connection, d->catalog, sql, [this](const QString& text) {
+            const QList<QByteArray> statements = d->rewrite(text);
+            if (statements.isEmpty())
+                throw Error(ErrorNumber::InvalidArgument,
+                            QStringLiteral("Command text was not set for the command object."));
+            if (statements.size() > 1)
+                throw Error(ErrorNumber::SyntaxError,
+                            QStringLiteral("Characters found after end of SQL statement."));
+            return statements.front();
+        });
 }
 
 std::unique_ptr<RowStore> PostgresDriver::selectTable(const QString& table) {

@@ -234,7 +234,8 @@ void appendCell(RowStore& rows, CellKind kind, const char* text, int size) {
 
 } // namespace
 
-std::unique_ptr<RowStore> readResult(const PGresult* result, Catalog& catalog, const QString& sql) {
+ResultDecoder::ResultDecoder(const PGresult* result, Catalog& catalog, const QString& sql,
+                             bool fitCheck) {
     const int columnCount = PQnfields(result);
     std::vector<Oid> tables;
     for (int i = 0; i < columnCount; ++i)
@@ -258,35 +259,45 @@ std::unique_ptr<RowStore> readResult(const PGresult* result, Catalog& catalog, c
             info.keyColumn = column->key;
             info.autoIncrement = column->autoIncrement;
         }
-        if (!column && info.type == DataType::BigInt && fitsInteger(result, i)) {
+        if (fitCheck && !column && info.type == DataType::BigInt && fitsInteger(result, i)) {
             // COUNT(*) and SUM(...) read as 32-bit integers, as on the embedded engine.
             info.type = DataType::Integer;
             info.definedSize = 4;
         }
         columns.push_back(std::move(reading));
+        m_types.push_back(PQftype(result, i));
     }
     nameRepeatedColumns(columns, sql);
 
-    ColumnList infos;
-    infos.reserve(columnCount);
-    std::vector<CellKind> kinds;
+    m_columns.reserve(columnCount);
     for (const auto& column : columns) {
-        infos.append(column.info);
-        kinds.push_back(column.kind);
+        m_columns.append(column.info);
+        m_kinds.push_back(int(column.kind));
     }
-    auto rows = std::make_unique<RowStore>(std::move(infos));
+}
+
+ResultDecoder::~ResultDecoder() = default;
+
+void ResultDecoder::append(RowStore& rows, const PGresult* result) const {
+    const int columnCount = int(m_kinds.size());
     const int rowCount = PQntuples(result);
-    rows->reserve(rowCount);
+    rows.reserve(rows.rowCount() + rowCount);
     for (int row = 0; row < rowCount; ++row) {
         for (int i = 0; i < columnCount; ++i) {
             if (PQgetisnull(result, row, i))
-                rows->appendNull();
+                rows.appendNull();
             else
-                appendCell(*rows, kinds[size_t(i)], PQgetvalue(result, row, i),
+                appendCell(rows, CellKind(m_kinds[size_t(i)]), PQgetvalue(result, row, i),
                            PQgetlength(result, row, i));
         }
-        rows->endRow();
+        rows.endRow();
     }
+}
+
+std::unique_ptr<RowStore> readResult(const PGresult* result, Catalog& catalog, const QString& sql) {
+    const ResultDecoder decoder(result, catalog, sql, true);
+    auto rows = std::make_unique<RowStore>(decoder.columns());
+    decoder.append(*rows, result);
     return rows;
 }
 

@@ -4,10 +4,31 @@
 #include "data/postgres/PostgresHandles.h"
 
 #include <memory>
+#include <vector>
 
 namespace vx::postgres {
 
 class Catalog;
+
+// Reads text-format results of one query: the columns described once (from a result or from
+// the statement's description), then the rows of each result appended as they arrive.
+class ResultDecoder {
+public:
+    // `fitCheck`: a computed 64-bit column reads as 32-bit when every value of `result` fits,
+    // as on the embedded engine; without it (rows still to come) it stays 64-bit.
+    ResultDecoder(const PGresult* result, Catalog& catalog, const QString& sql, bool fitCheck);
+    ~ResultDecoder();
+
+    const ColumnList& columns() const { return m_columns; }
+    // The server's type of a column.
+    Oid typeOf(int column) const { return m_types[size_t(column)]; }
+    void append(RowStore& rows, const PGresult* result) const;
+
+private:
+    ColumnList m_columns;
+    std::vector<int> m_kinds;
+    std::vector<Oid> m_types;
+};
 
 // Materialises a text-format result: column types and defined sizes from the type OIDs and
 // modifiers, base table, column and key from the catalog, and every cell parsed straight into

@@ -7,14 +7,14 @@
 
 namespace vx::detail {
 
-void notify(RecordsetData& d, RecordsetChange::Kind kind, qsizetype position) {
+void notify(RecordsetData& d, RecordsetChange::Kind kind, qsizetype position, qsizetype count) {
     if (d.listeners.empty())
         return;
     // By id, looked up again for each: a listener may subscribe or unsubscribe while told.
     QVarLengthArray<int, 8> ids;
     for (const auto& entry : d.listeners)
         ids.append(entry.first);
-    const RecordsetChange change{kind, position};
+    const RecordsetChange change{kind, position, count};
     for (const int id : ids) {
         const auto found = d.listeners.find(id);
         if (found != d.listeners.end()) {

@@ -50,7 +50,7 @@ struct RecordsetData {
 };
 
 // Tells every subscriber, in the order they subscribed.
-void notify(RecordsetData& d, RecordsetChange::Kind kind, qsizetype position);
+void notify(RecordsetData& d, RecordsetChange::Kind kind, qsizetype position, qsizetype count = 1);
 // The live rows (not deleted) in the current sort, or in storage order without one.
 void rebuildOrder(RecordsetData& d);
 void placeAtFirst(RecordsetData& d);

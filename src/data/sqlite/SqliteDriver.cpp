@@ -4,6 +4,7 @@
 #include "data/dialect/SqliteDialect.h"
 #include "data/sqlite/SqliteParameters.h"
 #include "data/sqlite/SqliteResultReader.h"
+#include "data/sqlite/SqliteResultStream.h"
 #include "data/sqlite/SqliteStatementCache.h"
 #include "data/sqlite/SqliteSupport.h"
 #include "data/sqlite/SqliteTableKeys.h"
@@ -285,6 +286,12 @@ std::unique_ptr<RowStore> SqliteDriver::select(const QString& sql) {
                         QStringLiteral("Characters found after end of SQL statement."));
     }
     return readResult(db, statement.get(), sql, *d->keys);
+}
+
+std::unique_ptr<ResultStream> SqliteDriver::openStream(const QString& sql) {
+    return std::make_unique<SqliteResultStream>(
+        d->handle(), sql, [this](const QString& text) { return d->dialect.rewrite(text); },
+        *d->keys);
 }
 
 std::unique_ptr<RowStore> SqliteDriver::selectTable(const QString& table) {

@@ -24,6 +24,7 @@ public:
 
     qint64 execute(const QString& sql) override;
     std::unique_ptr<RowStore> select(const QString& sql) override;
+    std::unique_ptr<ResultStream> openStream(const QString& sql) override;
     std::unique_ptr<RowStore> selectTable(const QString& table) override;
 
     void beginTransaction() override;

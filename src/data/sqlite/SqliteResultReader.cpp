@@ -144,57 +144,119 @@ void appendValue(RowStore& rows, const QVariant& value) {
 
 } // namespace
 
-std::unique_ptr<RowStore> readResult(sqlite3* db, sqlite3_stmt* statement, const QString& sql,
-                                     SqliteTableKeys& keys, qsizetype expectedRows) {
-    const int count = sqlite3_column_count(statement);
+struct ResultRows::Private {
+    sqlite3* db = nullptr;
+    sqlite3_stmt* statement = nullptr;
     ColumnList columns;
-    columns.reserve(count);
     std::vector<int> untyped;
-    for (int i = 0; i < count; ++i) {
-        bool typeKnown = true;
-        columns.append(describeColumn(statement, i, keys, typeKnown));
-        if (!typeKnown)
-            untyped.push_back(i);
-    }
-    nameRepeatedColumns(columns, sql);
-
-    int code = sqlite3_step(statement);
+    std::vector<unsigned char> declared;
+    int count = 0;
+    int code = SQLITE_ROW; // of the last step; SQLITE_ROW before the first
+    bool started = false;
+    bool typed = false;
     std::vector<std::vector<QVariant>> waiting;
-    while (!untyped.empty() && code == SQLITE_ROW && waiting.size() < maxRowsToWaitFor) {
-        std::vector<QVariant> row(static_cast<size_t>(count));
-        for (int i = 0; i < count; ++i)
-            row[size_t(i)] = cellValue(statement, i);
-        waiting.push_back(std::move(row));
-        std::erase_if(untyped, [&](int i) {
-            if (sqlite3_column_type(statement, i) == SQLITE_NULL)
-                return false;
-            typeFromValue(columns[i], statement, i);
-            return true;
-        });
+
+    void step() {
         code = sqlite3_step(statement);
-    }
-    for (int i : untyped) { // never showed a value: text, as the platform reports such columns
-        columns[i].type = DataType::VarWChar;
-        columns[i].definedSize = 255;
+        if (code != SQLITE_ROW && code != SQLITE_DONE)
+            fail(db, code);
     }
 
-    auto rows = std::make_unique<RowStore>(std::move(columns));
-    if (expectedRows > 0)
-        rows->reserve(expectedRows);
-    for (const auto& row : waiting) {
-        for (const QVariant& value : row)
-            appendValue(*rows, value);
-        rows->endRow();
+    // Steps until every computed column has shown a value (normally the first row).
+    void settleTypes() {
+        step();
+        while (!untyped.empty() && code == SQLITE_ROW && waiting.size() < maxRowsToWaitFor) {
+            std::vector<QVariant> row(static_cast<size_t>(count));
+            for (int i = 0; i < count; ++i)
+                row[size_t(i)] = cellValue(statement, i);
+            waiting.push_back(std::move(row));
+            std::erase_if(untyped, [&](int i) {
+                if (sqlite3_column_type(statement, i) == SQLITE_NULL)
+                    return false;
+                typeFromValue(columns[i], statement, i);
+                return true;
+            });
+            step();
+        }
+        for (int i : untyped) { // never showed a value: text, as the platform reports such columns
+            columns[i].type = DataType::VarWChar;
+            columns[i].definedSize = 255;
+        }
+        untyped.clear();
+        typed = true;
     }
-    waiting.clear();
-    for (; code == SQLITE_ROW; code = sqlite3_step(statement)) {
+};
+
+ResultRows::ResultRows(sqlite3* db, sqlite3_stmt* statement, const QString& sql,
+                       SqliteTableKeys& keys)
+    : d(std::make_unique<Private>()) {
+    d->db = db;
+    d->statement = statement;
+    d->count = sqlite3_column_count(statement);
+    d->columns.reserve(d->count);
+    for (int i = 0; i < d->count; ++i) {
+        bool typeKnown = true;
+        d->columns.append(describeColumn(statement, i, keys, typeKnown));
+        d->declared.push_back(typeKnown ? 1 : 0);
+        if (!typeKnown) {
+            d->untyped.push_back(i);
+            d->columns[i].type = DataType::VarWChar;
+            d->columns[i].definedSize = 255;
+        }
+    }
+    nameRepeatedColumns(d->columns, sql);
+}
+
+ResultRows::~ResultRows() = default;
+
+const ColumnList& ResultRows::columns() const {
+    return d->columns;
+}
+
+bool ResultRows::typeDeclared(int column) const {
+    return d->declared.at(size_t(column)) != 0;
+}
+
+bool ResultRows::atEnd() const {
+    return d->started && d->waiting.empty() && d->code != SQLITE_ROW;
+}
+
+std::unique_ptr<RowStore> ResultRows::read(qsizetype maxRows, qsizetype reserve) {
+    if (!d->started) {
+        d->started = true;
+        d->settleTypes();
+    }
+    auto rows = std::make_unique<RowStore>(d->columns);
+    if (reserve > 0)
+        rows->reserve(reserve);
+    const qsizetype limit = maxRows > 0 ? maxRows : std::numeric_limits<qsizetype>::max();
+    qsizetype taken = 0;
+    if (!d->waiting.empty()) {
+        size_t used = 0;
+        for (; used < d->waiting.size() && taken < limit; ++used, ++taken) {
+            for (const QVariant& value : d->waiting[used])
+                appendValue(*rows, value);
+            rows->endRow();
+        }
+        d->waiting.erase(d->waiting.begin(), d->waiting.begin() + qsizetype(used));
+        if (!d->waiting.empty())
+            return rows;
+    }
+    sqlite3_stmt* statement = d->statement;
+    const int count = d->count;
+    for (; taken < limit && d->code == SQLITE_ROW; ++taken) {
         for (int i = 0; i < count; ++i)
             appendCell(*rows, statement, i);
         rows->endRow();
+        d->step();
     }
-    if (code != SQLITE_DONE)
-        fail(db, code);
     return rows;
+}
+
+std::unique_ptr<RowStore> readResult(sqlite3* db, sqlite3_stmt* statement, const QString& sql,
+                                     SqliteTableKeys& keys, qsizetype expectedRows) {
+    ResultRows result(db, statement, sql, keys);
+    return result.read(0, expectedRows);
 }
 
 } // namespace vx::sqlite
