@@ -114,6 +114,7 @@ struct FindReplacePanel::Private {
     }
 
     void FindNext() {
+        hitList.waitForWholeResult();
         const QString caption = hitList.clickedColumnCaption();
         const ColumnFieldType column = searchedColumn();
         const QVariant findValue = ValidateValue(cmbFindWhat->currentText(), column.type, true);
@@ -124,6 +125,7 @@ struct FindReplacePanel::Private {
     }
 
     void ReplaceValues(bool replaceAll) {
+        hitList.waitForWholeResult();
         FindReplacement::Request request;
         request.caption = hitList.clickedColumnCaption();
         request.type = searchedColumn().type;

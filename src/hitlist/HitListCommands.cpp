@@ -68,6 +68,8 @@ void HitListCommands::buttonClick(const QString& key) {
             return;
         }
         if (!isNavigation(key)) {
+            // Commands work on the whole result, not on the part read so far.
+            m_session.waitForWholeResult();
             m_session.selection = m_session.selectedItems();
             m_session.selectCurrentRow();
         }
@@ -116,6 +118,11 @@ void HitListCommands::navigate(const QString& key) {
     Recordset set = versions ? m_session.versions : m_session.result;
     if (!set.isOpen())
         return;
+    // The last row, or the row after the last one read so far, waits for the rest.
+    if (!versions &&
+        (key == QLatin1String("Last") || (key == QLatin1String("Next") && !set.eof() &&
+                                          !set.bof() && set.position() == set.recordCount() - 1)))
+        m_session.waitForWholeResult();
     // The move makes the grid follow, and its row change raises CurrentItemID. Moving past an
     // end comes back to the same row, which the grid does not see as a change.
     bool pastEnd = false;
@@ -283,6 +290,7 @@ void HitListCommands::saveQuery() {
 
 void HitListCommands::sortByColumn(const QString& direction) {
     BusyCursor busy;
+    m_session.waitForWholeResult();
     ResultsGrid* grid = m_parts.grid;
     try {
         if (!m_session.versionsShown()) {
@@ -333,6 +341,7 @@ void HitListCommands::headClick(int column) {
 }
 
 void HitListCommands::dblClick() {
+    m_session.waitForWholeResult();
     ResultsGrid* grid = m_parts.grid;
     FlagScope walk(m_session.selectionWalk);
     grid->setUpdatesEnabled(false);
@@ -361,6 +370,11 @@ bool HitListCommands::keyDown(int key, Qt::KeyboardModifiers modifiers) {
         (key == Qt::Key_R || key == Qt::Key_A || key == Qt::Key_F || key == Qt::Key_C)) {
         if (m_parts.findReplace && !m_parts.findReplace->isHidden())
             return m_parts.findReplace->handleShortcut(key, modifiers);
+        return false;
+    }
+    if (mods == Qt::ControlModifier && key == Qt::Key_A) {
+        // Select all means every row of the result; the grid selects them once they are in.
+        m_session.waitForWholeResult();
         return false;
     }
     const bool editKey = (mods == Qt::ControlModifier && key == Qt::Key_E) || key == Qt::Key_F2;

@@ -4,6 +4,7 @@
 #include "data/model/RecordsetModel.h"
 #include "hitlist/FindReplacePanel.h"
 #include "hitlist/HitListCommands.h"
+#include "hitlist/HitListLoader.h"
 #include "hitlist/HitListToolbar.h"
 #include "hitlist/RecordForm.h"
 #include "hitlist/ResultsGrid.h"
@@ -185,6 +186,7 @@ VXDynaForm* HitListSession::form() {
 }
 
 QList<qint32> HitListSession::selectionForCommand() {
+    waitForWholeResult();
     QList<qint32> ids = selectedItems();
     if (ids.isEmpty()) {
         const qint32 current = resultRowItemId();
@@ -213,6 +215,16 @@ void HitListSession::makeResultRowCurrent(qsizetype row) {
     currentRowChanged();
 }
 
+void HitListSession::waitForWholeResult() {
+    if (parts.loader)
+        parts.loader->finish();
+}
+
+void HitListSession::cancelLoad() {
+    if (parts.loader)
+        parts.loader->cancel();
+}
+
 void HitListSession::layoutControl() {
     parts.control->layoutControl();
 }
@@ -220,6 +232,8 @@ void HitListSession::layoutControl() {
 void HitListSession::requeryList() {
     if (!result.isOpen())
         return;
+    // Everything is read again: rows still coming would belong to the old reading.
+    cancelLoad();
     rememberedItemId = itemId;
     {
         FlagScope pending(requeryPending);

@@ -18,6 +18,7 @@ namespace vx {
 
 class FindReplacePanel;
 class HitListCommands;
+class HitListLoader;
 class KeyedTabStrip;
 class HitListToolbar;
 class RecordForm;
@@ -38,6 +39,7 @@ struct HitListParts {
     QPointer<QWidget> users;    // "dcs"
     std::unique_ptr<RecordForm> recordForm;
     HitListCommands* commands = nullptr;
+    HitListLoader* loader = nullptr;
 };
 
 // The hit list's state and its side of the contract with its collaborators: identity, session,
@@ -115,6 +117,9 @@ public:
     QList<qint32> selectionForCommand() override;
     QString clickedColumnCaption() const override;
     void makeResultRowCurrent(qsizetype row) override;
+    void waitForWholeResult() override;
+    // Stops reading the rest of the result (a new result, or the list closes).
+    void cancelLoad();
     void layoutControl() override;
     void requeryList() override;
     QString locateDocumentFromID(qint32 itemId, const QString& file,

@@ -3,6 +3,7 @@
 #include "data/Error.h"
 #include "hitlist/FindReplacePanel.h"
 #include "hitlist/HitListCommands.h"
+#include "hitlist/HitListLoader.h"
 #include "hitlist/HitListSession.h"
 #include "hitlist/HitListToolbar.h"
 #include "hitlist/RecordForm.h"
@@ -21,6 +22,7 @@
 #include "session/companions/VXDynaForm.h"
 
 #include <QAction>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
 #include <functional>
@@ -66,6 +68,7 @@ struct VXHitList::Private {
     HitListParts parts;
     HitListSession session{parts};
     std::unique_ptr<HitListCommands> commands;
+    std::unique_ptr<HitListLoader> loader;
 };
 
 VXHitList::VXHitList(QWidget* parent)
@@ -76,6 +79,12 @@ VXHitList::VXHitList(QWidget* parent)
     parts.control = this;
     d->commands = std::make_unique<HitListCommands>(d->session, nullptr);
     parts.commands = d->commands.get();
+    d->loader = std::make_unique<HitListLoader>(this, [](const QString& description) {
+        showMessage(description,
+                    MessageStyle::OkOnly | MessageStyle::Information | MessageStyle::Foreground,
+                    QStringLiteral("Results"));
+    });
+    parts.loader = d->loader.get();
 
     parts.toolbar = new HitListToolbar(this);
     parts.oldGrid = new QTableView(this);
@@ -137,7 +146,10 @@ VXHitList::VXHitList(QWidget* parent)
     layoutControl();
 }
 
-VXHitList::~VXHitList() = default;
+VXHitList::~VXHitList() {
+    // The reading thread ends before the parts it feeds.
+    d->loader->cancel();
+}
 
 void VXHitList::setGroupName(const QString& name) {
     d->session.groupName = name;
@@ -248,6 +260,7 @@ void VXHitList::setRecordset(const vx::Recordset& recordset) {
         HitListSession& session = d->session;
         if (d->parts.toolbar->isPressed(QStringLiteral("Edit")))
             d->commands->pressAndRun(QStringLiteral("Edit"), false);
+        session.cancelLoad();
         session.result = recordset;
         session.bindGrid(recordset, true);
         session.applyColumnLayout();
@@ -278,12 +291,12 @@ void VXHitList::setDoQuery(const QString& query) {
             const QString sortBy =
                 getSetting(section, QStringLiteral("VXSortBy"), QStringLiteral("ASC"));
 
-            Recordset result;
-            result.open(query, session.session, CursorType::Keyset, LockType::Optimistic,
-                        CommandType::Text);
-            // A remembered column the result lacks leaves the engine's order.
-            if (result.fieldIndex(sortOrder) >= 0)
-                result.setSort(QLatin1Char('[') + sortOrder + QLatin1String("] ") + sortBy);
+            // A load still running belongs to the last query.
+            session.cancelLoad();
+            // The first screen comes at once in the remembered order; the rest follows.
+            Recordset result = d->loader->open(
+                query, session.session, sortOrder,
+                QLatin1Char('[') + sortOrder + QLatin1String("] ") + sortBy, firstScreenRows());
             session.result = result;
             if (result.recordCount() == 0) {
                 // The grid keeps the rows it showed.
@@ -308,6 +321,7 @@ void VXHitList::setDoQuery(const QString& query) {
 
 void VXHitList::Done() {
     HitListSession& session = d->session;
+    d->loader->close();
     quietly([&] { session.session.close(); });
     session.session = Connection();
     session.sessionOpen = false;
@@ -318,6 +332,7 @@ void VXHitList::Done() {
 void VXHitList::CloseList() {
     HitListSession& session = d->session;
     HitListParts& parts = d->parts;
+    session.cancelLoad();
     session.itemId = 0;
     session.currentValid = false;
     quietly([&] { session.bindGrid(Recordset(), false); });
@@ -402,6 +417,15 @@ void VXHitList::ExportToVeltrane() {
         exportToVeltrane(d->session);
         return true;
     });
+}
+
+qsizetype VXHitList::firstScreenRows() const {
+    // More than the grid shows, so that paging down finds rows there too; a result of this
+    // size is read in about the time of one paint, so small results come whole.
+    constexpr qsizetype atLeast = 2000;
+    const ResultsGrid* grid = d->parts.grid;
+    const int rowHeight = qMax(1, grid->verticalHeader()->defaultSectionSize());
+    return qMax(atLeast, qsizetype(4) * (grid->height() / rowHeight + 1));
 }
 
 void VXHitList::layoutControl() {

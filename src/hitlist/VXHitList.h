@@ -118,6 +118,8 @@ protected:
     void focusInEvent(QFocusEvent* event) override;
 
 private:
+    // Rows DoQuery reads before it shows the result: a screenful and more.
+    qsizetype firstScreenRows() const;
     // Lets the control see keys before the widget under it (and its later children).
     void watchKeys(QWidget* widget);
 

@@ -53,6 +53,9 @@ public:
     // Moves the result set to `row` and makes it the current row: the grid follows and selects
     // it, and the row-change handling runs once (current item id, CurrentItemID, record form).
     virtual void makeResultRowCurrent(qsizetype row) = 0;
+    // Returns once every row of the result is in the result set: a large result is still being
+    // read for a while after it is shown.
+    virtual void waitForWholeResult() {}
     // Lays the control out again (the find and replace panel was shown or hidden).
     virtual void layoutControl() = 0;
     // Re-runs the result's query keeping the current document current.
