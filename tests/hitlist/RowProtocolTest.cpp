@@ -123,6 +123,7 @@ TEST_F(RowProtocolTest, SelectionWalkOverOtherRowsRaisesNothing) {
 
 TEST_F(RowProtocolTest, MovingPastEitherEndOfTheVersionsReportsThatEndAgain) {
     clickRow(rowOfItem(13));
+    EXPECT_EQ(protocol(), moved(13));
     click("Archive");
     ASSERT_TRUE(button("Archive")->isChecked());
     ASSERT_EQ(grid()->model()->rowCount(), 2);
