@@ -4,7 +4,7 @@
 set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config
-  qt6-base-dev qt6-tools-dev qt6-tools-dev-tools libgl-dev
+  qt6-base-dev qt6-tools-dev qt6-tools-dev-tools libgl-dev libqt6sql6-sqlite libqt6sql6-psql
   libsqlite3-dev sqlite3
   libpq-dev postgresql
   libgtest-dev libgmock-dev libbenchmark-dev
