@@ -127,12 +127,14 @@ double rawSqlite(const QString& path, const QByteArray& sql, qsizetype& rows) {
     sqlite3_prepare_v2(db, sql.constData(), int(sql.size()), &statement, nullptr);
     const int columns = sqlite3_column_count(statement);
     qsizetype count = 0;
+    std::size_t bytes = 0;
     for (; sqlite3_step(statement) == SQLITE_ROW; ++count) {
         for (int c = 0; c < columns; ++c) {
             sqlite3_column_text(statement, c);
-            sink += std::size_t(sqlite3_column_bytes(statement, c));
+            bytes += std::size_t(sqlite3_column_bytes(statement, c));
         }
     }
+    sink = bytes;
     sqlite3_finalize(statement);
     const double elapsed = seconds(timer);
     sqlite3_close_v2(db);
@@ -154,9 +156,12 @@ double rawLibpq(const QString& initString, const QByteArray& sql, qsizetype& row
     PGresult* result = PQexec(connection, sql.constData());
     const int count = PQntuples(result);
     const int columns = PQnfields(result);
+    std::size_t bytes = 0;
     for (int row = 0; row < count; ++row)
         for (int c = 0; c < columns; ++c)
-            sink += std::size_t(PQgetlength(result, row, c)) + (PQgetvalue(result, row, c)[0] != 0);
+            bytes +=
+                std::size_t(PQgetlength(result, row, c)) + (PQgetvalue(result, row, c)[0] != 0);
+    sink = bytes;
     PQclear(result);
     const double elapsed = seconds(timer);
     PQfinish(connection);
