@@ -94,7 +94,11 @@ DemoWindow::DemoWindow(QWidget* parent)
     restoreWindowState();
 }
 
-DemoWindow::~DemoWindow() = default;
+DemoWindow::~DemoWindow() {
+    // The repository's folder may go away after the window; the process goes on where it was.
+    if (!m_startFolder.isEmpty())
+        QDir::setCurrent(m_startFolder);
+}
 
 bool DemoWindow::openGroup(const QString& initFilePath) {
     try {
@@ -103,8 +107,11 @@ bool DemoWindow::openGroup(const QString& initFilePath) {
         listInCatalog(session);
         // The hit list takes the viewer files of a portable export from the folder current at
         // its Init: the sample keeps them beside the repository.
-        if (QFileInfo(QDir(session.repositoryDir).filePath(ViewerFolder)).isDir())
+        if (QFileInfo(QDir(session.repositoryDir).filePath(ViewerFolder)).isDir()) {
+            if (m_startFolder.isEmpty())
+                m_startFolder = QDir::currentPath();
             QDir::setCurrent(session.repositoryDir);
+        }
         m_indexPage->openSession(session);
         m_searchPage->openSession(session);
         m_session = std::move(session);

@@ -98,6 +98,7 @@ private:
     QFileSystemWatcher* m_handOverWatcher = nullptr;
     qint32 m_currentItemId = 0;
     QStringList m_openedFiles;
+    QString m_startFolder; // current before a repository's folder was made current
 };
 
 } // namespace vx::demo

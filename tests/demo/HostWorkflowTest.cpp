@@ -317,6 +317,8 @@ TEST_F(HostWorkflowTest, FilesFindsEditsExportsAndShowsPropertiesThroughTheWindo
     EXPECT_TRUE(shown.contains(QString::number(acme))) << shown.toStdString();
     EXPECT_EQ(status(), QStringLiteral("Properties of %1 documents shown.").arg(acme));
     EXPECT_EQ(environment.ui().pendingAnswers(), 0);
+    window.reset();
+    EXPECT_EQ(QDir::currentPath(), previousFolder) << "the repository's folder is left behind";
 }
 
 TEST_F(HostWorkflowTest, CommandsFollowThePermissionBitsAndTheResults) {
