@@ -13,7 +13,7 @@ namespace vx {
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcLoad, "vx.hitlist", QtWarningMsg)
+Q_LOGGING_CATEGORY(lcLoad, "vx.hitlist.load", QtWarningMsg)
 
 // A wait shorter than this shows no progress form.
 constexpr int momentMs = 300;
@@ -48,11 +48,15 @@ Recordset HitListLoader::openWhole(const QString& query, const Connection& sessi
 Recordset HitListLoader::open(const QString& query, const Connection& session,
                               const QString& sortColumn, const QString& sort, qsizetype firstRows) {
     cancel();
+    QElapsedTimer took;
+    took.start();
     std::unique_ptr<ResultStream> stream;
     try {
         if (!m_reader.isOpen())
             m_reader.open(session.connectionText());
+        qCDebug(lcLoad) << "reader open after" << took.elapsed() << "ms";
         stream = m_reader.driver().openStream(query);
+        qCDebug(lcLoad) << "statement described after" << took.elapsed() << "ms";
     } catch (const Error& error) {
         // The session's own connection says what is wrong with the query, if anything.
         qCDebug(lcLoad) << "no second reader:" << error.description();
@@ -76,6 +80,7 @@ Recordset HitListLoader::open(const QString& query, const Connection& session,
     Recordset result;
     result.openRead(stream->read(firstRows), query, session, CursorType::Keyset,
                     LockType::Optimistic, column >= 0 ? sort : QString());
+    qCDebug(lcLoad) << result.recordCount() << "first rows after" << took.elapsed() << "ms";
     if (!stream->atEnd()) {
         m_result = result;
         m_loader = std::make_unique<ResultLoader>(std::move(stream), m_reader);

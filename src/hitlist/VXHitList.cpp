@@ -22,8 +22,10 @@
 #include "session/companions/VXDynaForm.h"
 
 #include <QAction>
+#include <QElapsedTimer>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLoggingCategory>
 #include <QMenu>
 #include <functional>
 
@@ -34,6 +36,8 @@ namespace {
 const QString GroupTab = QStringLiteral("Group");
 const QString SecurityTab = QStringLiteral("Document Security");
 const QString ItemIdField = QStringLiteral("itemid");
+
+Q_LOGGING_CATEGORY(lcHitList, "vx.hitlist", QtWarningMsg)
 
 void showMessage(const QString& text, int style, const QString& title) {
     ui().messageBox(text, style, title);
@@ -283,13 +287,16 @@ void VXHitList::setDoQuery(const QString& query) {
                 d->commands->pressAndRun(QStringLiteral("Archive"), false);
             if (parts.toolbar->isPressed(QStringLiteral("Edit")))
                 d->commands->pressAndRun(QStringLiteral("Edit"), false);
+            QElapsedTimer took;
+            took.start();
             session.query = query;
             session.itemId = 0;
             const QString section = session.settingsSection();
+            // Both in one read of the store.
+            const QHash<QString, QString> stored = getSectionSettings(section);
             const QString sortOrder =
-                getSetting(section, QStringLiteral("VXSortOrder"), QStringLiteral("ITEMID"));
-            const QString sortBy =
-                getSetting(section, QStringLiteral("VXSortBy"), QStringLiteral("ASC"));
+                stored.value(QStringLiteral("vxsortorder"), QStringLiteral("ITEMID"));
+            const QString sortBy = stored.value(QStringLiteral("vxsortby"), QStringLiteral("ASC"));
 
             // A load still running belongs to the last query.
             session.cancelLoad();
@@ -297,6 +304,7 @@ void VXHitList::setDoQuery(const QString& query) {
             Recordset result = d->loader->open(
                 query, session.session, sortOrder,
                 QLatin1Char('[') + sortOrder + QLatin1String("] ") + sortBy, firstScreenRows());
+            qCDebug(lcHitList) << "DoQuery: first rows read after" << took.elapsed() << "ms";
             session.result = result;
             if (result.recordCount() == 0) {
                 // The grid keeps the rows it showed.
@@ -312,7 +320,9 @@ void VXHitList::setDoQuery(const QString& query) {
                 session.currentValid = true;
                 parts.grid->viewport()->update();
             }
+            qCDebug(lcHitList) << "DoQuery: grid bound after" << took.elapsed() << "ms";
             session.updateForm();
+            qCDebug(lcHitList) << "DoQuery: record form filled after" << took.elapsed() << "ms";
             session.raiseCurrentItemID();
             return true;
         },
@@ -420,9 +430,9 @@ void VXHitList::ExportToVeltrane() {
 }
 
 qsizetype VXHitList::firstScreenRows() const {
-    // More than the grid shows, so that paging down finds rows there too; a result of this
-    // size is read in about the time of one paint, so small results come whole.
-    constexpr qsizetype atLeast = 2000;
+    // More than the grid shows, so that paging down finds rows there too; a result of a few
+    // hundred rows is read in about the time of one paint, so it comes whole.
+    constexpr qsizetype atLeast = 500;
     const ResultsGrid* grid = d->parts.grid;
     const int rowHeight = qMax(1, grid->verticalHeader()->defaultSectionSize());
     return qMax(atLeast, qsizetype(4) * (grid->height() / rowHeight + 1));
