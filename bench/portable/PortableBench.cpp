@@ -121,7 +121,7 @@ public:
     VXDynaForm* form() override { return nullptr; }
     QList<qint32> selectionForCommand() override { return m_selection; }
     QString clickedColumnCaption() const override { return {}; }
-    void makeResultRowCurrent() override {}
+    void makeResultRowCurrent(qsizetype) override {}
     void layoutControl() override {}
     void requeryList() override {}
     QString locateDocumentFromID(qint32, const QString& file, const QString&) override {
