@@ -396,6 +396,23 @@ bool HitListCommands::keyDown(int key, Qt::KeyboardModifiers modifiers) {
     return false;
 }
 
+bool HitListCommands::gridKeyDown(int key, Qt::KeyboardModifiers modifiers) {
+    const Qt::KeyboardModifiers mods =
+        modifiers & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
+    if (mods != Qt::NoModifier || (key != Qt::Key_Down && key != Qt::Key_Up) ||
+        !m_session.versionsShown() || !m_session.versionsReady || !m_session.versions.isOpen())
+        return false;
+    // An arrow past either end of the versions reports that end's version again, as the
+    // buttons do; the grid itself would not move.
+    const qsizetype position = m_session.versions.position();
+    const qsizetype last = m_session.versions.recordCount() - 1;
+    if ((key == Qt::Key_Down && position == last) || (key == Qt::Key_Up && position == 0)) {
+        m_session.rowColChange();
+        return true;
+    }
+    return false;
+}
+
 void HitListCommands::formKeyDown(short keyCode, short) {
     if (keyCode == KeyCode::Return) {
         if (ui().messageBox(QStringLiteral("Save Changes to the Record?"), MessageStyle::YesNo,

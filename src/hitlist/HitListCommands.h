@@ -35,6 +35,8 @@ public:
 
     // Control key-down; true when the key was used.
     bool keyDown(int key, Qt::KeyboardModifiers modifiers);
+    // Keys the results grid itself gets first; true when handled.
+    bool gridKeyDown(int key, Qt::KeyboardModifiers modifiers);
     // Key-down of the record form (platform key codes).
     void formKeyDown(short keyCode, short shift);
 

@@ -482,6 +482,8 @@ void VXHitList::watchKeys(QWidget* widget) {
 bool VXHitList::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress && d->commands) {
         const auto* key = static_cast<QKeyEvent*>(event);
+        if (watched == d->parts.grid && d->commands->gridKeyDown(key->key(), key->modifiers()))
+            return true;
         if (d->commands->keyDown(key->key(), key->modifiers()))
             return true;
     }

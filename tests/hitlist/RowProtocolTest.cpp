@@ -148,6 +148,17 @@ TEST_F(RowProtocolTest, MovingPastEitherEndOfTheVersionsReportsThatEndAgain) {
         EXPECT_EQ(protocol(), step.expected) << step.key;
     }
     EXPECT_EQ(grid()->currentIndex().row(), 0);
+    // The arrow keys in the grid: past either end they report that end again.
+    grid()->setFocus();
+    const struct {
+        Qt::Key key;
+        const QString& expected;
+    } arrows[] = {
+        {Qt::Key_Up, first}, {Qt::Key_Down, second}, {Qt::Key_Down, second}, {Qt::Key_Up, first}};
+    for (const auto& arrow : arrows) {
+        QTest::keyClick(grid(), arrow.key);
+        EXPECT_EQ(protocol(), QStringList{arrow.expected}) << arrow.key;
+    }
     click("Archive");
     EXPECT_EQ(protocol(), QStringList()) << "back to the results without a move";
 }
