@@ -1,77 +1,161 @@
 #include "companions/SqlQueryParser.h"
 
-#include <QRegularExpression>
+#include "data/Error.h"
+#include "data/dialect/SqlLexer.h"
 
 namespace vx {
 
 namespace {
 
-bool isNameChar(QChar c) {
-    return c.isLetterOrNumber() || c == QLatin1Char('_');
+using dialect::SqlToken;
+using dialect::SqlTokens;
+
+[[noreturn]] void refuse(const QString& reason) {
+    throw Error(ErrorNumber::InvalidArgument,
+                QStringLiteral("The query cannot be limited to the documents you may see: %1. "
+                               "Check the search entries and keywords for quotes and "
+                               "parentheses.")
+                    .arg(reason));
 }
 
-// The word at `at` (letter case ignored), standing alone.
-bool wordAt(const QString& text, qsizetype at, QLatin1StringView word) {
-    if (at + word.size() > text.size())
-        return false;
-    if (QStringView(text).mid(at, word.size()).compare(word, Qt::CaseInsensitive) != 0)
-        return false;
-    if (at > 0 && isNameChar(text.at(at - 1)))
-        return false;
-    const qsizetype after = at + word.size();
-    return after >= text.size() || !isNameChar(text.at(after));
+// The lexer ends an unterminated quote at the end of the text; only a real closing quote counts.
+bool isClosed(const SqlToken& token) {
+    const QString& text = token.text;
+    const QChar open = text.front();
+    const QChar close = open == u'[' ? QChar(u']') : open;
+    for (qsizetype i = 1; i < text.size(); ++i) {
+        if (text[i] != close)
+            continue;
+        if (open != u'[' && i + 1 < text.size() && text[i + 1] == close) {
+            ++i;
+            continue;
+        }
+        return i == text.size() - 1;
+    }
+    return false;
 }
 
-// "ORDER BY" / "GROUP BY" with any blanks between the words.
-bool clauseAt(const QString& text, qsizetype at, QLatin1StringView first) {
-    if (!wordAt(text, at, first))
+// Characters that some engine reads as the start of something else: parameters ("$1", ":a",
+// "@a(...)" swallowing what follows), dollar quotes, escapes, or operators the other engine
+// takes for quotes ('`').
+bool isUnsafeCharacter(QChar c) {
+    switch (c.unicode()) {
+    case '$':
+    case ':':
+    case '@':
+    case '?':
+    case '#':
+    case '\\':
+    case '`':
+    case '{':
+    case '}':
+    case ';':
+        return true;
+    default:
         return false;
-    qsizetype next = at + first.size();
-    while (next < text.size() && text.at(next).isSpace())
+    }
+}
+
+// Refuses a text whose structure an engine could read differently from what is seen here, or
+// whose own text could end the restriction's scope: every quote and parenthesis must close,
+// there are no comments, no further statements, no set operators joining another query, and
+// nothing an engine reads as a quote, escape or parameter outside quoted texts.
+void checkSealed(const SqlTokens& tokens) {
+    int depth = 0;
+    const SqlToken* previous = nullptr;
+    for (const SqlToken& token : tokens) {
+        switch (token.kind) {
+        case SqlToken::Comment:
+            refuse(QStringLiteral("it holds a comment"));
+        case SqlToken::String:
+        case SqlToken::QuotedName:
+            if (!isClosed(token))
+                refuse(QStringLiteral("a quote or bracket is not closed"));
+            if (token.text.front() == u'`')
+                refuse(QStringLiteral("it holds \"`\" outside a quoted text"));
+            // E'...' and the like read backslashes as escapes on some engines.
+            if (token.kind == SqlToken::String && previous && previous->kind == SqlToken::Word)
+                refuse(QStringLiteral("a quoted text follows the word \"%1\" directly")
+                           .arg(previous->text));
+            break;
+        case SqlToken::Word:
+            if (token.text.contains(u'$'))
+                refuse(QStringLiteral("it holds \"$\" outside a quoted text"));
+            if (depth == 0 && (token.isWord(u"UNION") || token.isWord(u"INTERSECT") ||
+                               token.isWord(u"EXCEPT") || token.isWord(u"MINUS")))
+                refuse(QStringLiteral("it joins another query with %1").arg(token.text));
+            break;
+        case SqlToken::Symbol:
+            if (token.text == u"(") {
+                ++depth;
+            } else if (token.text == u")") {
+                if (--depth < 0)
+                    refuse(QStringLiteral("a parenthesis closes that was never opened"));
+            } else {
+                for (const QChar c : token.text) {
+                    if (isUnsafeCharacter(c))
+                        refuse(QStringLiteral("it holds \"%1\" outside a quoted text").arg(c));
+                }
+            }
+            break;
+        default:
+            break;
+        }
+        previous = &token;
+    }
+    if (depth != 0)
+        refuse(QStringLiteral("a parenthesis is not closed"));
+}
+
+bool isClauseWord(const SqlTokens& tokens, size_t i, QStringView first, bool needsBy) {
+    if (!tokens[i].isWord(first))
+        return false;
+    if (!needsBy)
+        return true;
+    size_t next = i + 1;
+    while (next < tokens.size() && !tokens[next].isSignificant())
         ++next;
-    return next > at + first.size() && wordAt(text, next, QLatin1StringView("BY"));
+    return next < tokens.size() && tokens[next].isWord(u"BY");
 }
 
 struct Clauses {
     qsizetype where = -1; // start of "WHERE"
-    qsizetype tail = -1;  // start of GROUP BY / HAVING / ORDER BY after it
+    qsizetype tail = -1;  // start of GROUP BY / HAVING / ORDER BY / LIMIT after it
 };
 
-// Positions of the main statement's clauses; text in quotes, brackets or parentheses (sub-
-// queries) is skipped.
-Clauses findClauses(const QString& text) {
+// Positions of the main statement's clauses; what stands in parentheses (sub-queries) is not
+// the main statement's.
+Clauses findClauses(const SqlTokens& tokens) {
     Clauses found;
     int depth = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text.at(i);
-        if (c == QLatin1Char('\'') || c == QLatin1Char('"') || c == QLatin1Char('[')) {
-            const QChar close = c == QLatin1Char('[') ? QLatin1Char(']') : c;
-            const qsizetype end = text.indexOf(close, i + 1);
-            if (end < 0)
-                break;
-            i = end;
-            continue;
-        }
-        if (c == QLatin1Char('(')) {
+    qsizetype at = 0;
+    for (size_t i = 0; i < tokens.size(); at += tokens[i].text.size(), ++i) {
+        const SqlToken& token = tokens[i];
+        if (token.isSymbol(u"("))
             ++depth;
-            continue;
-        }
-        if (c == QLatin1Char(')')) {
+        else if (token.isSymbol(u")"))
             --depth;
+        if (depth != 0 || token.kind != SqlToken::Word)
             continue;
-        }
-        if (depth != 0)
-            continue;
-        if (found.where < 0 && found.tail < 0 && wordAt(text, i, QLatin1StringView("WHERE"))) {
-            found.where = i;
-        } else if (found.tail < 0 && (clauseAt(text, i, QLatin1StringView("ORDER")) ||
-                                      clauseAt(text, i, QLatin1StringView("GROUP")) ||
-                                      wordAt(text, i, QLatin1StringView("HAVING")))) {
-            found.tail = i;
+        if (found.where < 0 && token.isWord(u"WHERE")) {
+            found.where = at;
+        } else if (isClauseWord(tokens, i, u"ORDER", true) ||
+                   isClauseWord(tokens, i, u"GROUP", true) ||
+                   isClauseWord(tokens, i, u"HAVING", false) ||
+                   isClauseWord(tokens, i, u"LIMIT", false)) {
+            found.tail = at;
             break;
         }
     }
     return found;
+}
+
+bool namesTable(const SqlTokens& tokens, QStringView table) {
+    for (const SqlToken& token : tokens) {
+        if (token.isName() && QStringView(token.name()).compare(table, Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -80,17 +164,31 @@ SqlQueryParser::SqlQueryParser(QObject* parent)
     : VXSQLQuery(parent) {}
 
 QString SqlQueryParser::QueryStringWithSecurity(const QString& query, qint16& userId) {
-    static const QRegularExpression itemTable(QStringLiteral("\\bktitem\\b"),
-                                              QRegularExpression::CaseInsensitiveOption);
+    // The engines end a statement's text at a null character, wherever it stands.
+    if (query.contains(QChar(u'\0')))
+        refuse(QStringLiteral("it holds a null character"));
+    const SqlTokens tokens = dialect::tokenize(query);
+    checkSealed(tokens);
+    for (const SqlToken& token : tokens) {
+        if (!token.isSignificant())
+            continue;
+        // A leading WITH could name a table of its own "KTSecurity".
+        if (token.isWord(u"WITH"))
+            refuse(QStringLiteral("it starts with WITH"));
+        break;
+    }
+
     // Qualified when the query joins KTItem with a group table: both have an itemid.
-    const QString item = itemTable.match(query).hasMatch() ? QStringLiteral("ktitem.itemid")
-                                                           : QStringLiteral("itemid");
+    const QString item =
+        namesTable(tokens, u"ktitem") ? QStringLiteral("ktitem.itemid") : QStringLiteral("itemid");
     const QString restriction = item +
                                 QStringLiteral(" NOT IN (SELECT itemid FROM KTSecurity WHERE "
                                                "UserID = ") +
                                 QString::number(userId) + QLatin1Char(')');
 
-    const Clauses clauses = findClauses(query);
+    // The query's own condition goes in parentheses after the restriction. Being sealed, it
+    // cannot close them early, so no OR in it reaches past the restriction.
+    const Clauses clauses = findClauses(tokens);
     const qsizetype tailStart = clauses.tail < 0 ? query.size() : clauses.tail;
     const QString tail = clauses.tail < 0 ? QString() : QLatin1Char(' ') + query.mid(tailStart);
     if (clauses.where < 0) {

@@ -91,3 +91,66 @@ TEST(SqlQueryParser, AddsTheRestrictionAroundTheQuerysOwnCondition) {
               "SELECT itemid FROM Invoices WHERE itemid NOT IN (SELECT itemid FROM KTSecurity "
               "WHERE UserID = -1)");
 }
+
+TEST(SqlQueryParser, RefusesTextsThatCouldReachPastTheRestriction) {
+    SqlQueryParser parser;
+    qint16 user = 3;
+    const QString base = QStringLiteral("SELECT * FROM ktitem WHERE ");
+    struct Case {
+        QString condition;
+        QString reason; // part of the message
+    };
+    const QList<Case> refused{
+        {"keyword IN ('x')) OR 1=1 OR ((keyword = 'y') ", "parenthesis closes"},
+        {"(a = 1", "parenthesis is not closed"},
+        {"a = 'x", "not closed"},
+        {"a = 'x''", "not closed"},
+        {"[a = 1", "not closed"},
+        {"a = 1 -- ) OR 1=1", "comment"},
+        {"a = 1 /* ) */", "comment"},
+        {"a = 1; DELETE FROM KTSecurity", "\";\""},
+        {"a = E'\\'' ) OR 1=1 OR (a = '", "follows the word"},
+        {"a = $$'$$ ) OR (1 = 1", "\"$\""},
+        {"a = $q$x$q$", "\"$\""},
+        {"a = `)` OR 1=1", "`"},
+        {"a = @v(') OR 1=1 OR (1 = '", "\"@\""},
+        {"a = :v", "\":\""},
+        {"a = 1 UNION SELECT * FROM ktitem", "UNION"},
+        {"a = 1 union select * from ktitem", "union"},
+        {"a = 1 EXCEPT SELECT * FROM ktitem", "EXCEPT"},
+        {QStringLiteral("a = 'x") + QChar(0) + QStringLiteral("'"), "null character"},
+    };
+    for (const Case& c : refused) {
+        try {
+            parser.QueryStringWithSecurity(base + c.condition, user);
+            ADD_FAILURE() << "accepted: " << c.condition.toStdString();
+        } catch (const Error& error) {
+            EXPECT_TRUE(error.description().contains(c.reason))
+                << c.condition.toStdString() << " -> " << error.description().toStdString();
+            EXPECT_TRUE(error.description().startsWith(
+                QStringLiteral("The query cannot be limited to the documents you may see")));
+        }
+    }
+    EXPECT_THROW(
+        parser.QueryStringWithSecurity(
+            "WITH KTSecurity AS (SELECT 0 AS itemid, 0 AS UserID) SELECT * FROM ktitem", user),
+        Error);
+
+    // What the form and the keyword picker write passes: doubled quotes, a backslash inside a
+    // quoted text, date literals, unions inside a sub-query, words holding the set operators.
+    const QStringList accepted{
+        "LOWER(Invoices.Customer) = 'o''brien'",
+        "Invoices.Notes LIKE '%50\\%%' ESCAPE '\\'",
+        "Invoices.InvoiceDate >= #03/01/2024# AND Invoices.InvoiceDate < #03/02/2024#",
+        "keyword IN ('x'' OR ''1''=''1','b') ",
+        "itemid IN (SELECT itemid FROM keywords UNION SELECT itemid FROM KTFile)",
+        "[Union Station] = 1 AND exceptional = 2",
+    };
+    for (const QString& condition : accepted) {
+        const QString restricted = parser.QueryStringWithSecurity(base + condition, user);
+        EXPECT_EQ(restricted, base +
+                                  "ktitem.itemid NOT IN (SELECT itemid FROM KTSecurity WHERE "
+                                  "UserID = 3) AND (" +
+                                  condition.trimmed() + ")");
+    }
+}
