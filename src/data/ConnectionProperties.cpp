@@ -193,9 +193,17 @@ void writeDataLinkFile(const QString& path, const QString& initString) {
     QByteArray bytes("\xFF\xFE", 2);
     bytes += encoder.encode(text);
 
+    // A password in the file is for its owner only; other files keep what the umask gives.
+    const ConnectionProperties properties = ConnectionProperties::parse(initString);
+    const bool holdsPassword = !properties.value(QStringLiteral("Password")).isEmpty() ||
+                               !properties.value(QStringLiteral("PWD")).isEmpty();
+
     // Written aside and renamed, so a failure never leaves half a file behind.
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    const bool opened =
+        file.open(QIODevice::WriteOnly) &&
+        (!holdsPassword || file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+    if (!opened || file.write(bytes) != bytes.size() || !file.commit())
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("Cannot write the data-link file '%1': %2")
                         .arg(path, file.errorString()));

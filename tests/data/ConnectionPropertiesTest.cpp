@@ -95,5 +95,43 @@ TEST(DataLinkFile, MissingEmptyOrHeaderOnlyFilesNameTheFile) {
     errorOf([] { readDataLinkFile(QString()); }, ErrorNumber::InvalidArgument);
 }
 
+TEST(DataLinkFile, AFileHoldingAPasswordIsForItsOwnerOnly) {
+    QTemporaryDir folder;
+    const auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    const auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup |
+                        QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    struct Case {
+        QString initString;
+        bool secret;
+    };
+    const QList<Case> cases{
+        {"Provider=PostgreSQL;Host=db;Database=r;User ID=u;Password=s3cret", true},
+        {"Provider=PostgreSQL;Host=db;Database=r;User ID=u;PWD=' s3cret'", true},
+        {"Provider=PostgreSQL;Host=db;Database=r;User ID=u", false},
+        {"Provider=SQLite;Data Source=r.db", false},
+    };
+    // A file that was readable by everyone before is narrowed when it comes to hold a password.
+    const QString path = folder.filePath("group.udl");
+    QFile(path).open(QIODevice::WriteOnly);
+    QFile::setPermissions(path, ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+    for (const Case& c : cases) {
+        writeDataLinkFile(path, c.initString);
+        const auto permissions = QFile::permissions(path);
+        if (c.secret) {
+            EXPECT_EQ(permissions & others, QFileDevice::Permissions())
+                << c.initString.toStdString();
+            EXPECT_EQ(permissions & ownerOnly, ownerOnly);
+        }
+        EXPECT_EQ(readDataLinkFile(path).value("Host"),
+                  ConnectionProperties::parse(c.initString).value("Host"));
+    }
+    // A new file without one gets what the umask gives, readable by the group's users.
+    const QString shared = folder.filePath("shared.udl");
+    writeDataLinkFile(shared, cases.last().initString);
+    QFile probe(folder.filePath("probe"));
+    ASSERT_TRUE(probe.open(QIODevice::WriteOnly));
+    EXPECT_EQ(QFile::permissions(shared), probe.permissions());
+}
+
 } // namespace
 } // namespace vx::test

@@ -188,8 +188,13 @@ QString usageText() {
         "Options: --repository NAME (the repository in DIR, default \"repository\"),\n"
         "         --catalog FILE (add-group, create-sample: the library catalog to write),\n"
         "         --server SERVER (every command: the database on a PostgreSQL server,\n"
-        "           \"Host=...;Port=...;Database=...;User ID=...;Password=...\" or a data-link\n"
-        "           file naming one; documents and files still go under DIR)\n");
+        "           \"Host=...;Port=...;Database=...;User ID=...\" or a data-link file naming\n"
+        "           one; documents and files still go under DIR)\n"
+        "Passwords: leave Password out of --server and set PGPASSWORD or a line in\n"
+        "  ~/.pgpass (mode 0600) instead: a command line is visible to every user of the\n"
+        "  machine. The data-link files then carry no password either, and each user's\n"
+        "  own PGPASSWORD or .pgpass supplies it. A data-link file that does hold a\n"
+        "  password is written readable by its owner only.\n");
 }
 
 int runRepositoryTool(const QStringList& arguments, QTextStream& out, QTextStream& err,

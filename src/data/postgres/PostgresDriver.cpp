@@ -29,6 +29,23 @@ QString firstOf(const ConnectionProperties& properties, std::initializer_list<co
     return {};
 }
 
+// The schema holding the repository's tables: "public" unless the data link names another.
+QString schemaOf(const ConnectionProperties& properties) {
+    const QString schema = firstOf(properties, {"Schema"});
+    return schema.isEmpty() ? QStringLiteral("public") : schema;
+}
+
+// A value inside libpq's "options": blanks and backslashes escaped, the name quoted so that the
+// server takes it as one schema.
+QString optionValue(const QString& schema) {
+    QString quoted = schema;
+    quoted.replace(u'"', QStringLiteral("\"\""));
+    quoted = u'"' + quoted + u'"';
+    quoted.replace(u'\\', QStringLiteral("\\\\"));
+    quoted.replace(u' ', QStringLiteral("\\ "));
+    return quoted;
+}
+
 // libpq's keywords and values for the connection properties.
 std::vector<std::pair<QByteArray, QByteArray>>
 connectionSettings(const ConnectionProperties& properties, const QString& user,
@@ -55,7 +72,12 @@ connectionSettings(const ConnectionProperties& properties, const QString& user,
     add("application_name", QStringLiteral("VXUILib"));
     add("client_encoding", QStringLiteral("UTF8"));
     // Results are read in ISO form; ambiguous date input is month first, as the old engine read it.
-    add("options", QStringLiteral("-c DateStyle=ISO,MDY -c extra_float_digits=1"));
+    // Backslashes in quoted texts stay plain whatever the server, database or role says, and
+    // names resolve in the repository's schema only (the system catalog still comes first): no
+    // one's own schema can hold a table or function that stands in for the repository's.
+    add("options", QStringLiteral("-c DateStyle=ISO,MDY -c extra_float_digits=1 "
+                                  "-c standard_conforming_strings=on -c search_path=") +
+                       optionValue(schemaOf(properties)));
     return settings;
 }
 

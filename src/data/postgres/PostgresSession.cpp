@@ -2,9 +2,13 @@
 
 #include "data/postgres/PostgresErrors.h"
 
+#include <QLoggingCategory>
+
 namespace vx::postgres {
 
 namespace {
+
+Q_LOGGING_CATEGORY(postgresLog, "vx.postgres", QtWarningMsg)
 
 const QByteArray savepoint = QByteArrayLiteral("SAVEPOINT vx_statement");
 const QByteArray releaseSavepoint = QByteArrayLiteral("RELEASE SAVEPOINT vx_statement");
@@ -53,8 +57,20 @@ void Session::open(const std::vector<std::pair<QByteArray, QByteArray>>& setting
         throw connectionError(connection.get(),
                               QStringLiteral("Cannot connect to the PostgreSQL server"));
     PQsetNoticeProcessor(connection.get(), ignoreNotice, nullptr);
+    keepStandardStrings(connection.get());
     m_connection = std::move(connection);
     m_level = 0;
+}
+
+void Session::keepStandardStrings(PGconn* connection) {
+    const char* value = PQparameterStatus(connection, "standard_conforming_strings");
+    if (value && qstrcmp(value, "on") == 0)
+        return;
+    qCDebug(postgresLog) << "standard_conforming_strings was" << value << "- set on again";
+    ResultHandle result(PQexec(connection, "SET standard_conforming_strings = on"));
+    if (!result || !succeeded(result.get()))
+        throw connectionError(connection,
+                              QStringLiteral("The session cannot read quoted texts safely"));
 }
 
 void Session::close() {
@@ -77,6 +93,7 @@ ResultHandle Session::run(const QByteArray& sql, const Parameters& parameters) {
     PGconn* connection = this->connection();
     if (m_level > 0)
         return runPipeline({{&sql, &parameters}});
+    keepStandardStrings(connection);
     const auto values = parameterValues(parameters);
     ResultHandle result(PQexecParams(connection, sql.constData(), int(values.size()), nullptr,
                                      values.data(), nullptr, nullptr, 0));
@@ -101,6 +118,7 @@ ResultHandle Session::runAll(const QList<QByteArray>& statements) {
 // around them undoes them alone when one fails.
 ResultHandle Session::runPipeline(const std::vector<Command>& commands) {
     PGconn* connection = this->connection();
+    keepStandardStrings(connection);
     const bool guarded = m_level > 0;
     std::vector<Command> queue;
     if (guarded)

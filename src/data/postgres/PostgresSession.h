@@ -48,6 +48,10 @@ private:
     };
     ResultHandle runPipeline(const std::vector<Command>& commands);
     void control(const char* sql);
+    // Every literal the library writes doubles quotes and leaves backslashes alone: a session
+    // that reads backslashes as escapes (set so by the server, or by a function a query called)
+    // is put back first.
+    void keepStandardStrings(PGconn* connection);
 
     ConnectionHandle m_connection;
     mutable int m_level = 0; // corrected when the server ended the transaction
