@@ -40,7 +40,10 @@ void copyDocumentFile(const QString& source, const QString& destination) {
     if (!input.open(QIODevice::ReadOnly))
         failCopy(source, destination, input.errorString());
 
+    // The rename below would replace a file the user may not write: such a file stays.
     const QFileInfo target(destination);
+    if (target.exists() && (!target.isFile() || !target.isWritable()))
+        failCopy(source, destination, QStringLiteral("the file there cannot be written"));
     QTemporaryFile partial(target.absolutePath() + QStringLiteral("/.") + target.fileName() +
                            QStringLiteral(".XXXXXX"));
     if (!partial.open())

@@ -3,6 +3,7 @@
 #include "operations/DocumentOperations.h"
 #include "operations/HitListContext.h"
 #include "operations/Progressbar.h"
+#include "operations/StoredFileName.h"
 #include "operations/VolumeLabelReader.h"
 #include "session/Conversions.h"
 #include "session/UiServices.h"
@@ -75,11 +76,13 @@ void storeVolume(Recordset& fileRow, const QString& label) {
 }
 
 // For each selected document in order: its first file row, when it names a file other than the
-// one handled just before; `handle` gets the row and the file the host located (documents the
-// host answers "ERROR" for are skipped).
+// one handled just before; `handle` gets the row, the file the host located (documents the host
+// answers "ERROR" for are skipped) and the file's path in `destination`. A document whose stored
+// name is not a plain file name is skipped before the host is asked, and noted in `skipped`.
 using LocateEvent = QString (HitListContext::*)(qint32, const QString&, const QString&);
 void forEachLocatedFile(
     HitListContext& hitList, const QList<qint32>& selection, LocateEvent locate,
+    const QString& destination, SkippedDocuments& skipped,
     const std::function<void(Recordset&, const QString&, const QString&)>& handle) {
     ProgressScope progress(hitList.controlWidget(), selection.size());
     QString lastFileName;
@@ -92,10 +95,15 @@ void forEachLocatedFile(
         if (!storedName.isNull() && storedName.toString() != lastFileName) {
             const QString fileName = storedName.toString();
             lastFileName = fileName;
-            const QString located = (hitList.*locate)(
-                itemId, fileName, fileRow.value(QStringLiteral("Volume")).toString());
-            if (!located.isEmpty() && located != LocateError)
-                handle(fileRow, located, fileName);
+            const std::optional<QString> target = pathInsideFolder(destination, fileName);
+            if (!target) {
+                skipped.add(itemId, fileName);
+            } else {
+                const QString located = (hitList.*locate)(
+                    itemId, fileName, fileRow.value(QStringLiteral("Volume")).toString());
+                if (!located.isEmpty() && located != LocateError)
+                    handle(fileRow, located, *target);
+            }
         }
         fileRow.close();
     }
@@ -177,21 +185,22 @@ bool moveFilesAndUpdateVolume(HitListContext& hitList) {
         if (answer != MessageAnswer::Yes)
             return false;
 
-        forEachLocatedFile(
-            hitList, selection, &HitListContext::locateDocumentToMove,
-            [&](Recordset& fileRow, const QString& located, const QString& fileName) {
-                const QString target = destination + fileName;
-                if (!moveDocumentFile(located, target))
-                    return;
-                try {
-                    storeVolume(fileRow, location->label);
-                } catch (...) {
-                    // The row still names the old place: put the file back there.
-                    moveDocumentFile(target, located);
-                    throw;
-                }
-            });
+        SkippedDocuments skipped;
+        forEachLocatedFile(hitList, selection, &HitListContext::locateDocumentToMove, destination,
+                           skipped,
+                           [&](Recordset& fileRow, const QString& located, const QString& target) {
+                               if (!moveDocumentFile(located, target))
+                                   return;
+                               try {
+                                   storeVolume(fileRow, location->label);
+                               } catch (...) {
+                                   // The row still names the old place: put the file back there.
+                                   moveDocumentFile(target, located);
+                                   throw;
+                               }
+                           });
         busy.reset();
+        skipped.report(QStringLiteral("Move Documents"));
         hitList.raiseCurrentItemID();
         hitList.raiseRecordAuditTrail(QStringLiteral("Moving"), selection,
                                       QStringLiteral("Move items to: ") + destination);
@@ -213,11 +222,13 @@ bool copyDocuments(HitListContext& hitList) {
                                         ? location->folder
                                         : withSeparator(location->folder);
 
-        forEachLocatedFile(hitList, selection, &HitListContext::locateDocumentFromID,
-                           [&](Recordset&, const QString& located, const QString& fileName) {
-                               copyDocumentFile(located, destination + fileName);
+        SkippedDocuments skipped;
+        forEachLocatedFile(hitList, selection, &HitListContext::locateDocumentFromID, destination,
+                           skipped, [&](Recordset&, const QString& located, const QString& target) {
+                               copyDocumentFile(located, target);
                            });
         busy.reset();
+        skipped.report(QStringLiteral("Copy Documents"));
         hitList.raiseCurrentItemID();
         hitList.raiseRecordAuditTrail(QStringLiteral("Copying"), selection,
                                       QStringLiteral("Copy items to: ") + destination);

@@ -51,22 +51,19 @@ void FileCopier::copyOverwriting(const QString& from, const QString& to) {
     size = source.size();
 #endif
 
+    // A target that cannot be opened (read-only, say) is someone's file: it is reported, never
+    // deleted to make way.
     QFile target(to);
-    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered) &&
-        QFileInfo::exists(to)) {
-        if (!QFile::remove(to))
-            throw Error(ErrorNumber::Unspecified,
-                        QStringLiteral("Permission denied: ") + QDir::toNativeSeparators(to));
-        target.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
-    }
+    const bool existed = QFileInfo::exists(to);
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("Cannot copy %1 to %2: %3")
+                        .arg(QDir::toNativeSeparators(from), QDir::toNativeSeparators(to),
+                             existed ? QStringLiteral("the file there cannot be written (%1)")
+                                           .arg(target.errorString())
+                                     : target.errorString()));
     QString reason;
-    bool copied = target.isOpen();
-    if (!copied) {
-        reason = target.errorString();
-    } else {
-        copied = copyBytes(source, target, size, reason);
-    }
-    if (!copied) {
+    if (!copyBytes(source, target, size, reason)) {
         target.close();
         target.remove(); // never leave half a file behind
         throw Error(ErrorNumber::Unspecified,

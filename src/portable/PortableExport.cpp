@@ -4,6 +4,7 @@
 #include "data/Recordset.h"
 #include "operations/HitListContext.h"
 #include "operations/Progressbar.h"
+#include "operations/StoredFileName.h"
 #include "portable/DocumentCopyQueue.h"
 #include "portable/FileCopier.h"
 #include "portable/MediaDialog.h"
@@ -102,6 +103,7 @@ private:
     std::optional<VolumeAccounting> m_volumes;
     QStringList m_createdFolders;
     QStringList m_hintTables;
+    SkippedDocuments m_skipped;
     FileCopier m_copier;
 };
 
@@ -109,6 +111,17 @@ void PortableExportRun::run() {
     m_selection = m_hitList.selectionForCommand();
     if (!askForMedium())
         return;
+
+    // The base names every CD volume's folder.
+    const QString problem = storedNameProblem(m_base);
+    if (library().exportKind == QLatin1String("ExportToCD") && !problem.isEmpty()) {
+        ui().messageBox(QStringLiteral("The volume name \"%1\" cannot name a folder: %2. Please "
+                                       "choose another volume name.")
+                            .arg(m_base, problem),
+                        MessageStyle::OkOnly | MessageStyle::Critical,
+                        QStringLiteral("ExportToVeltrane"));
+        return;
+    }
 
     std::optional<BusyCursor> busy;
     std::unique_ptr<PortableRows> rows;
@@ -134,7 +147,9 @@ void PortableExportRun::run() {
                 KTVolumeLabel(label, m_destination);
             } catch (...) { // an unreadable label just means an unnamed volume
             }
-            folderVolume = label.isEmpty() ? noVolumeName : label.left(VolumeLabelSize);
+            folderVolume = label.left(VolumeLabelSize);
+            if (folderVolume.isEmpty() || !storedNameProblem(folderVolume).isEmpty())
+                folderVolume = noVolumeName;
         }
         m_volumes.emplace(toCD, library().mediaSizeMB, m_base, folderVolume);
 
@@ -196,6 +211,7 @@ void PortableExportRun::run() {
     }
 
     QDir::setCurrent(m_sourceFolder);
+    m_skipped.report(QStringLiteral("ExportToVeltrane"));
     m_hitList.raiseCurrentItemID();
     m_hitList.raiseRecordAuditTrail(QStringLiteral("Exporting"), m_selection,
                                     QStringLiteral("ExportToVeltrane: ") +
@@ -295,6 +311,12 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
         if (fileName.isNull() || fileName.toString() == lastFileName)
             continue;
         lastFileName = fileName.toString();
+        // A name that is not plain would put the file outside the volume's document folder:
+        // the whole document stays out of the export.
+        if (!storedNameProblem(lastFileName).isEmpty()) {
+            m_skipped.add(itemId, lastFileName);
+            continue;
+        }
 
         if (!placeholderWritten) {
             rows.addPlaceholderItem();
@@ -315,8 +337,14 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
             if (m_volumes->addFile(size))
                 createVolumeFolders(m_volumes->volumeName());
             const QString volume = m_volumes->volumeName();
+            const auto target =
+                pathInsideFolder(volumeFolder() + u'/' + documentFolderName, lastFileName);
+            if (!target) // checked above; kept as the last word before anything is written
+                throw Error(ErrorNumber::Unspecified,
+                            QStringLiteral("The stored file name \"%1\" leads outside the export.")
+                                .arg(lastFileName));
             rows.addFile(files, volume == noVolumeName ? QString() : volume);
-            copies.add(answer, volumeFolder() + u'/' + documentFolderName + u'/' + lastFileName);
+            copies.add(answer, *target);
             break;
         }
         }

@@ -1,6 +1,7 @@
 #include "FileOpsFixture.h"
 #include "operations/DocumentFileMover.h"
 #include "operations/DocumentOperations.h"
+#include "operations/StoredFileName.h"
 #include "operations/VolumeLabelReader.h"
 
 #include <QFileInfo>
@@ -214,6 +215,99 @@ TEST_F(VolumeOperationsTest, CopyReplacesOlderCopiesAndStopsWithTheReasonOnFailu
     EXPECT_TRUE(moveDocumentFile(source, sample.documentFolder() + QStringLiteral("/./") +
                                              mainFileName(5)));
     EXPECT_TRUE(QFile::exists(source));
+}
+
+} // namespace
+} // namespace vx::test
+
+namespace vx::test {
+namespace {
+
+// Stored names that would lead out of the chosen folder, on items 1 to 5; item 6 is ordinary.
+// The host finds a real file for every item, so a name let through would really be written.
+class StoredNamesTest : public FileOpsFixture {
+protected:
+    QString chosen;  // the folder the user picks
+    QString outside; // what an absolute stored name points into
+    QStringList names;
+
+    void SetUp() override {
+        chosen = makeFolder(QStringLiteral("level1/level2/chosen"));
+        outside = makeFolder(QStringLiteral("outside"));
+        makeFolder(QStringLiteral("level1/level2/chosen/a"));
+        names = {QStringLiteral("../x"), outside + QStringLiteral("/x"), QStringLiteral("a/b"),
+                 QStringLiteral(".."), QStringLiteral("/abs/x")};
+        for (qsizetype i = 0; i < names.size(); ++i)
+            execute(QStringLiteral("UPDATE ktfile SET fname = '%1' WHERE itemid = %2")
+                        .arg(names[i])
+                        .arg(i + 1));
+        hitList.selection = {1, 2, 3, 4, 5, 6};
+        hitList.locate = [this](qint32 itemId, const QString&, const QString&) {
+            return documentPath(mainFileName(itemId));
+        };
+    }
+
+    // Nothing but item 6's file in the chosen folder (and its empty subfolder), nothing beside
+    // or above it.
+    void expectNothingWrittenOutside() {
+        EXPECT_EQ(QDir(chosen).entryList(QDir::Files), QStringList{mainFileName(6)});
+        EXPECT_TRUE(QDir(chosen + QStringLiteral("/a")).isEmpty());
+        EXPECT_TRUE(QDir(outside).isEmpty());
+        EXPECT_EQ(QDir(environment.filePath(QStringLiteral("level1/level2")))
+                      .entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                  QStringList{QStringLiteral("chosen")});
+        EXPECT_FALSE(QFileInfo::exists(QStringLiteral("/abs/x")));
+        EXPECT_EQ(hitList.locatedItemIds, QList<qint32>{6}) << "skipped before the host is asked";
+    }
+
+    void expectSkippedReported(const QString& title) {
+        ASSERT_TRUE(ui().lastPrompt());
+        const Prompt prompt = *ui().lastPrompt();
+        EXPECT_EQ(prompt.title, title);
+        EXPECT_EQ(prompt.style, MessageStyle::OkOnly | MessageStyle::Exclamation);
+        for (qsizetype i = 0; i < names.size(); ++i)
+            EXPECT_TRUE(
+                prompt.text.contains(QStringLiteral("Item %1: \"%2\"").arg(i + 1).arg(names[i])))
+                << prompt.text.toStdString();
+        EXPECT_FALSE(prompt.text.contains(QStringLiteral("Item 6")));
+    }
+};
+
+TEST_F(StoredNamesTest, CopySkipsNamesThatAreNotPlainAndCopiesTheRest) {
+    ui().answerFolder(chosen).answerMessage(MessageAnswer::Ok);
+    EXPECT_TRUE(copyDocuments(hitList));
+    expectNothingWrittenOutside();
+    expectSkippedReported(QStringLiteral("Copy Documents"));
+    EXPECT_EQ(hitList.audits.size(), 1);
+}
+
+TEST_F(StoredNamesTest, MoveSkipsNamesThatAreNotPlainAndKeepsTheirFilesAndVolumes) {
+    VolumeLabelOverride label([](const QString&) { return QStringLiteral("NEWDISK"); });
+    ui().answerFolder(chosen).answerMessage(MessageAnswer::Yes).answerMessage(MessageAnswer::Ok);
+    EXPECT_TRUE(moveFilesAndUpdateVolume(hitList));
+    expectNothingWrittenOutside();
+    expectSkippedReported(QStringLiteral("Move Documents"));
+    for (qint32 itemId = 1; itemId <= 5; ++itemId) {
+        EXPECT_TRUE(QFile::exists(documentPath(mainFileName(itemId))));
+        EXPECT_NE(fileValue(itemId, QStringLiteral("volume")).toString(),
+                  QStringLiteral("NEWDISK"));
+    }
+    EXPECT_EQ(fileValue(6, QStringLiteral("volume")).toString(), QStringLiteral("NEWDISK"));
+}
+
+TEST(StoredFileName, OnlyPlainNamesLeadIntoTheFolder) {
+    const QString folder = QStringLiteral("/data/chosen");
+    for (const QString& name : {QStringLiteral("inv0000001.txt"), QStringLiteral("a..b"),
+                                QStringLiteral("...x"), QStringLiteral(" spaced name.pdf")})
+        EXPECT_EQ(pathInsideFolder(folder, name), folder + u'/' + name) << name.toStdString();
+    for (const QString& name :
+         {QString(), QStringLiteral("."), QStringLiteral(".."), QStringLiteral("../x"),
+          QStringLiteral("/abs/x"), QStringLiteral("a/b"), QStringLiteral("a\\b"),
+          QStringLiteral("..\\x"), QStringLiteral("C:x"), QStringLiteral("c:\\x"),
+          QStringLiteral("x\ny")}) {
+        EXPECT_FALSE(pathInsideFolder(folder, name)) << name.toStdString();
+        EXPECT_FALSE(storedNameProblem(name).isEmpty()) << name.toStdString();
+    }
 }
 
 } // namespace

@@ -313,4 +313,42 @@ TEST_F(PortableExportTest, AFolderTurningUnwritableEndsWithNothingLeftBehind) {
     EXPECT_TRUE(QDir(destination).isEmpty());
 }
 
+TEST_F(PortableExportTest, StoredNamesThatAreNotPlainKeepTheirDocumentsOutOfTheExport) {
+    const QString outside = QDir(destinationFolder.path()).filePath("outside");
+    QDir().mkpath(outside);
+    const QStringList names{"../x", outside + "/x", "a/b", "..", "/abs/x"};
+    Connection repository = hitList->connection();
+    for (qsizetype i = 0; i < names.size(); ++i)
+        repository.execute(
+            QString("UPDATE KTFile SET fname = '%1' WHERE itemid = %2").arg(names[i]).arg(i + 1));
+    hitList->selection = {1, 2, 3, 4, 5, 6};
+    // A real file for every item: a name let through would really be written.
+    hitList->locate = [this](qint32 itemId, const QString&, const QString&) {
+        return sample.documentFolder() + QString("/inv%1.txt").arg(itemId, 7, 10, QChar('0'));
+    };
+    chooseMedium(MediaDialog::Cd650);
+    exportNow(1);
+
+    const QString volume = exportRoot() + "/Veltran0000";
+    EXPECT_EQ(QDir(volume + "/Document").entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+              QStringList{"inv0000006.txt"});
+    EXPECT_EQ(QDir(volume).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList{"Document"});
+    EXPECT_EQ(QDir(destination).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 1);
+    EXPECT_TRUE(QDir(outside).isEmpty());
+    EXPECT_FALSE(QFileInfo::exists("/abs/x"));
+    EXPECT_EQ(hitList->locatedItemIds, QList<qint32>{6});
+    Connection portable = openPortable(volume);
+    EXPECT_EQ(rowsOf(portable, "SELECT itemid FROM KTItem ORDER BY itemid"),
+              QStringList({"0", "6"}));
+    EXPECT_EQ(rowsOf(portable, "SELECT itemid FROM KTFile"), QStringList{"6"});
+
+    ASSERT_EQ(environment.ui().messageTexts().size(), 1);
+    const Prompt prompt = *environment.ui().lastPrompt();
+    EXPECT_EQ(prompt.title, "ExportToVeltrane");
+    for (qsizetype i = 0; i < names.size(); ++i)
+        EXPECT_TRUE(prompt.text.contains(QString("Item %1: \"%2\"").arg(i + 1).arg(names[i])))
+            << prompt.text.toStdString();
+    EXPECT_EQ(hitList->audits.size(), 1);
+}
+
 } // namespace

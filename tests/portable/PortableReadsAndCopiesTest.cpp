@@ -7,6 +7,12 @@
 
 #include <QFile>
 
+#ifdef Q_OS_LINUX
+#include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 using namespace vx;
 using namespace vx::test;
 
@@ -133,6 +139,66 @@ TEST_F(FileCopierTest, MissingSourcesAndUnwritableTargetsFailWithoutLeavingFiles
             << error.description().toStdString();
     }
     EXPECT_FALSE(QFileInfo::exists(nowhere));
+}
+
+// Root writes read-only files; for the length of a test this thread works without the
+// capabilities that let it, as the files' owner without special rights. False when it cannot.
+class WithoutFileOverride {
+public:
+    WithoutFileOverride() {
+#ifdef Q_OS_LINUX
+        if (geteuid() != 0) {
+            m_ok = true;
+            return;
+        }
+        if (syscall(SYS_capget, &m_header, m_saved) != 0)
+            return;
+        __user_cap_data_struct reduced[2] = {m_saved[0], m_saved[1]};
+        reduced[0].effective &= ~((1u << CAP_DAC_OVERRIDE) | (1u << CAP_FOWNER));
+        m_ok = syscall(SYS_capset, &m_header, reduced) == 0;
+        m_restore = m_ok;
+#else
+        m_ok = true;
+#endif
+    }
+    ~WithoutFileOverride() {
+#ifdef Q_OS_LINUX
+        if (m_restore)
+            syscall(SYS_capset, &m_header, m_saved);
+#endif
+    }
+    bool ok() const {
+        return m_ok;
+    }
+
+private:
+    bool m_ok = false;
+#ifdef Q_OS_LINUX
+    bool m_restore = false;
+    __user_cap_header_struct m_header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct m_saved[2]{};
+#endif
+};
+
+TEST_F(FileCopierTest, ATargetThatCannotBeOpenedIsReportedAndKept) {
+    writeFile(path("source.txt"), "new content");
+    writeFile(path("theirs.txt"), "their content");
+    QFile::setPermissions(path("theirs.txt"), QFileDevice::ReadOwner | QFileDevice::ReadOther);
+    {
+        // The folder is writable: the file could be deleted and made again, but is not.
+        WithoutFileOverride owner;
+        if (!owner.ok())
+            GTEST_SKIP() << "cannot drop the file-access capabilities of root";
+        FileCopier copier;
+        try {
+            copier.copyOverwriting(path("source.txt"), path("theirs.txt"));
+            ADD_FAILURE() << "a read-only target was written";
+        } catch (const Error& error) {
+            EXPECT_TRUE(error.description().contains("cannot be written"))
+                << error.description().toStdString();
+        }
+    }
+    EXPECT_EQ(contentOf(path("theirs.txt")), "their content");
 }
 
 } // namespace
