@@ -12,6 +12,14 @@
 
 namespace vx {
 
+std::unique_ptr<RowStore> Driver::tableStructure(const QString& table) {
+    return emptyLike(*selectTable(table));
+}
+
+std::unique_ptr<RowStream> Driver::streamTable(const QString& table) {
+    return std::make_unique<MaterialisedRowStream>(selectTable(table));
+}
+
 namespace {
 
 struct Registry {

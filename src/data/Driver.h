@@ -4,6 +4,7 @@
 #include "data/ResultStream.h"
 #include "data/RowAppender.h"
 #include "data/RowStore.h"
+#include "data/RowStream.h"
 
 #include <QStringList>
 #include <QVariantList>
@@ -48,6 +49,13 @@ public:
     virtual std::unique_ptr<ResultStream> openStream(const QString& sql);
     // The whole table, for table-direct opens; a missing table throws TableNotFound.
     virtual std::unique_ptr<RowStore> selectTable(const QString& table) = 0;
+    // The columns of a table-direct open (types, defined sizes, base table, key) with no rows;
+    // its cost does not depend on the table's size. A missing table throws TableNotFound.
+    // By default the whole table is read and its rows dropped.
+    virtual std::unique_ptr<RowStore> tableStructure(const QString& table);
+    // The rows of a table-direct open, in table order, a piece at a time, described by
+    // tableStructure(table). By default the whole table is read first.
+    virtual std::unique_ptr<RowStream> streamTable(const QString& table);
 
     // Transactions nest: a transaction begun inside another commits or rolls back on its own.
     virtual void beginTransaction() = 0;

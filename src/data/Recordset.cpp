@@ -12,8 +12,11 @@ using detail::load;
 using detail::notify;
 using detail::Place;
 using detail::placeAtFirst;
+using detail::reachPosition;
+using detail::readAllRows;
 using detail::rebuildOrder;
 using detail::RecordsetData;
+using detail::startRows;
 
 namespace {
 
@@ -137,6 +140,19 @@ bool bothEnds(const RecordsetData& d) {
     return d.order.isEmpty() && d.place != Place::OnDeleted;
 }
 
+bool streamsRows(CursorType cursor, CommandType command) {
+    return command != CommandType::Text && cursor == CursorType::ForwardOnly;
+}
+
+// A forward-only table-direct open starts from the table's columns alone (see RecordsetData).
+std::unique_ptr<RowStore> openRows(Driver& driver, const QString& source, CursorType cursor,
+                                   CommandType command) {
+    if (command == CommandType::Text)
+        return driver.select(source);
+    return streamsRows(cursor, command) ? driver.tableStructure(source)
+                                        : driver.selectTable(source);
+}
+
 } // namespace
 
 Recordset::Recordset()
@@ -151,9 +167,7 @@ Recordset& Recordset::operator=(const Recordset&) = default;
 
 void Recordset::open(const QString& source, const Connection& connection, CursorType cursor,
                      LockType lock, CommandType command) {
-    Driver& driver = connection.driver();
-    std::unique_ptr<RowStore> rows =
-        command == CommandType::Text ? driver.select(source) : driver.selectTable(source);
+    std::unique_ptr<RowStore> rows = openRows(connection.driver(), source, cursor, command);
     d->source = source;
     d->connection = connection;
     d->madeElsewhere = false;
@@ -163,6 +177,7 @@ void Recordset::open(const QString& source, const Connection& connection, Cursor
     d->sortText.clear();
     notify(*d, RecordsetChange::AboutToReset, -1);
     load(*d, std::move(rows));
+    d->rowsPending = streamsRows(cursor, command);
     notify(*d, RecordsetChange::Reset, -1);
 }
 
@@ -220,6 +235,8 @@ void Recordset::close() {
     // Unsaved edits go with the rows, as closing a record set discards them.
     d->changes.clear();
     d->open = false;
+    d->rowsPending = false;
+    d->stream.reset();
     d->rows.reset();
     d->order.clear();
     d->gone.clear();
@@ -246,21 +263,25 @@ LockType Recordset::lockType() const {
 
 bool Recordset::eof() const {
     requireOpen(*d);
+    startRows(*d);
     return d->place == Place::AfterLast || bothEnds(*d);
 }
 
 bool Recordset::bof() const {
     requireOpen(*d);
+    startRows(*d);
     return d->place == Place::BeforeFirst || bothEnds(*d);
 }
 
 qsizetype Recordset::recordCount() const {
     requireOpen(*d);
+    readAllRows(*d);
     return d->order.size();
 }
 
 void Recordset::moveFirst() {
     requireOpen(*d);
+    startRows(*d);
     if (d->order.isEmpty())
         throw errors::noCurrentRecord();
     goTo(*d, targetAt(*d, 0));
@@ -268,6 +289,7 @@ void Recordset::moveFirst() {
 
 void Recordset::moveLast() {
     requireOpen(*d);
+    readAllRows(*d);
     if (d->order.isEmpty())
         throw errors::noCurrentRecord();
     goTo(*d, targetAt(*d, d->order.size() - 1));
@@ -283,6 +305,7 @@ void Recordset::movePrevious() {
 
 void Recordset::move(qsizetype rows) {
     requireOpen(*d);
+    startRows(*d);
     if (bothEnds(*d))
         throw errors::noCurrentRecord();
     qsizetype target = 0;
@@ -307,21 +330,28 @@ void Recordset::move(qsizetype rows) {
         target = rows > 0 ? d->position + rows - 1 : d->position + rows;
         break;
     }
+    reachPosition(*d, target);
     goTo(*d, targetAt(*d, target));
 }
 
 qsizetype Recordset::position() const {
-    return d->open ? currentPosition(*d) : -1;
+    if (!d->open)
+        return -1;
+    startRows(*d);
+    return currentPosition(*d);
 }
 
 void Recordset::setPosition(qsizetype position) {
     requireOpen(*d);
+    reachPosition(*d, position);
     if (position < 0 || position >= d->order.size())
         throw errors::invalidArgument();
     goTo(*d, targetAt(*d, position));
 }
 
 Bookmark Recordset::bookmark() const {
+    if (d->open)
+        startRows(*d);
     return currentRow(*d) + 1;
 }
 
@@ -335,6 +365,7 @@ void Recordset::setBookmark(Bookmark bookmark) {
 
 Bookmark Recordset::bookmarkAt(qsizetype position) const {
     requireOpen(*d);
+    reachPosition(*d, position);
     if (position < 0 || position >= d->order.size())
         throw errors::invalidArgument();
     return d->order.rowAt(position) + 1;
@@ -355,6 +386,7 @@ void Recordset::setSort(const QString& sort) {
     std::vector<SortColumn> columns =
         parseSortText(sort, [this](const QString& name) { return columnByName(*d, name); });
     finishEditBeforeMove(*d);
+    readAllRows(*d);
     notify(*d, RecordsetChange::AboutToReset, -1);
     d->sortText = sort;
     d->sortColumns = std::move(columns);
@@ -371,17 +403,22 @@ void Recordset::requery() {
     // Unsent batch changes would be lost with the old rows.
     if (d->changes.hasPending())
         throw errors::notAllowedInContext();
-    Driver& driver = d->connection.driver();
     std::unique_ptr<RowStore> rows =
-        d->command == CommandType::Text ? driver.select(d->source) : driver.selectTable(d->source);
+        openRows(d->connection.driver(), d->source, d->cursorType, d->command);
     notify(*d, RecordsetChange::AboutToReset, -1);
     load(*d, std::move(rows));
+    d->rowsPending = streamsRows(d->cursorType, d->command);
     notify(*d, RecordsetChange::Reset, -1);
 }
 
 void Recordset::addNew() {
     requireOpen(*d);
     requireUpdatable(*d);
+    // Adding to rows never read leaves them unread: the new rows go to the end of the table.
+    // Once reading has begun, the rest comes first, so that the new row stands last.
+    d->rowsPending = false;
+    if (d->stream)
+        readAllRows(*d);
     finishEditBeforeMove(*d);
     const qsizetype previous = d->place == Place::OnRow ? d->order.rowAt(d->position) : -1;
     const qsizetype row = d->rows->appendEmptyRow();
@@ -416,6 +453,7 @@ void Recordset::cancelUpdate() {
 
 void Recordset::deleteCurrent() {
     requireOpen(*d);
+    startRows(*d);
     requireUpdatable(*d);
     const qsizetype row = currentRow(*d);
     if (d->changes.isEditing()) {
@@ -451,6 +489,7 @@ void Recordset::updateBatch() {
 
 void Recordset::cancelBatch() {
     requireOpen(*d);
+    readAllRows(*d);
     if (d->changes.isEditing()) {
         if (d->changes.editMode() == EditMode::Add)
             dropAddedRow(*d, false);
@@ -527,6 +566,7 @@ bool Recordset::isColumnUpdatable(int index) const {
 
 QVariant Recordset::value(int column) const {
     requireColumn(*d, column);
+    startRows(*d);
     return d->rows->value(currentRow(*d), column);
 }
 
@@ -536,6 +576,7 @@ QVariant Recordset::value(const QString& name) const {
 
 void Recordset::setValue(int column, const QVariant& value) {
     requireColumn(*d, column);
+    startRows(*d);
     const qsizetype row = currentRow(*d);
     requireUpdatable(*d);
     const bool adding = d->changes.editMode() == EditMode::Add && d->changes.editedRow() == row;
@@ -554,11 +595,13 @@ void Recordset::setValue(const QString& name, const QVariant& value) {
 
 QVariant Recordset::originalValue(int column) const {
     requireColumn(*d, column);
+    startRows(*d);
     return d->changes.originalValue(*d->rows, currentRow(*d), column);
 }
 
 QVariant Recordset::valueAt(qsizetype position, int column) const {
     requireColumn(*d, column);
+    reachPosition(*d, position);
     if (position < 0 || position >= d->order.size())
         throw errors::invalidArgument();
     return d->rows->value(d->order.rowAt(position), column);
@@ -567,6 +610,7 @@ QVariant Recordset::valueAt(qsizetype position, int column) const {
 qsizetype Recordset::find(int column, const QVariant& value, qsizetype from,
                           Qt::CaseSensitivity textCase) const {
     requireColumn(*d, column);
+    readAllRows(*d);
     return findValue(*d->rows, d->order.rows(), column, value, from, textCase);
 }
 
@@ -582,6 +626,7 @@ void Recordset::unsubscribe(int id) {
 
 const RowStore& Recordset::rows() const {
     requireOpen(*d);
+    readAllRows(*d);
     return *d->rows;
 }
 

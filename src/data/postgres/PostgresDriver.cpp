@@ -6,6 +6,7 @@
 #include "data/postgres/PostgresErrors.h"
 #include "data/postgres/PostgresResultReader.h"
 #include "data/postgres/PostgresResultStream.h"
+#include "data/postgres/PostgresRowStream.h"
 #include "data/postgres/PostgresRowWriter.h"
 #include "data/postgres/PostgresSchema.h"
 #include "data/postgres/PostgresSession.h"
@@ -103,6 +104,7 @@ struct PostgresDriver::Private {
     RowWriter writer{session, catalog};
     std::optional<PostgresDialect> dialect;
     bool caseInsensitiveText = false;
+    quint64 streamCount = 0; // names the cursors of table streams
 
     QList<QByteArray> rewrite(const QString& sql) const {
         QList<QByteArray> statements;
@@ -224,6 +226,24 @@ std::unique_ptr<RowStore> PostgresDriver::selectTable(const QString& table) {
     const QString sql = QStringLiteral("SELECT * FROM ") + QString::fromUtf8(target.quotedName());
     const ResultHandle result = d->session.run(sql.toUtf8());
     return readResult(result.get(), d->catalog, sql);
+}
+
+std::unique_ptr<RowStore> PostgresDriver::tableStructure(const QString& table) {
+    d->session.connection();
+    const CatalogTable& target = d->catalog.resolve(plainTableName(table));
+    // The result's description alone: types and sizes from the catalogue, no row read.
+    const QString sql =
+        QStringLiteral("SELECT * FROM ") + QString::fromUtf8(target.quotedName()) + " LIMIT 0";
+    const ResultHandle result = d->session.run(sql.toUtf8());
+    return readResult(result.get(), d->catalog, sql);
+}
+
+std::unique_ptr<RowStream> PostgresDriver::streamTable(const QString& table) {
+    d->session.connection();
+    const CatalogTable& target = d->catalog.resolve(plainTableName(table));
+    const QByteArray query = "SELECT * FROM " + target.quotedName();
+    const QByteArray name = "vx_rows_" + QByteArray::number(++d->streamCount);
+    return std::make_unique<RowStreamCursor>(d->session, query, name);
 }
 
 void PostgresDriver::beginTransaction() {

@@ -301,4 +301,23 @@ std::unique_ptr<RowStore> readResult(const PGresult* result, Catalog& catalog, c
     return rows;
 }
 
+qsizetype appendResultRows(const PGresult* result, RowStore& into) {
+    std::vector<CellKind> kinds;
+    for (int i = 0; i < PQnfields(result); ++i)
+        kinds.push_back(describe(PQftype(result, i), PQfmod(result, i), nullptr).kind);
+    const int rowCount = PQntuples(result);
+    into.reserve(into.rowCount() + rowCount);
+    for (int row = 0; row < rowCount; ++row) {
+        for (int i = 0; i < int(kinds.size()); ++i) {
+            if (PQgetisnull(result, row, i))
+                into.appendNull();
+            else
+                appendCell(into, kinds[size_t(i)], PQgetvalue(result, row, i),
+                           PQgetlength(result, row, i));
+        }
+        into.endRow();
+    }
+    return rowCount;
+}
+
 } // namespace vx::postgres

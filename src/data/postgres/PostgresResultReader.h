@@ -35,4 +35,8 @@ private:
 // the compact store. `sql` is the statement as the caller wrote it, for naming repeated columns.
 std::unique_ptr<RowStore> readResult(const PGresult* result, Catalog& catalog, const QString& sql);
 
+// Appends the rows of a result whose columns are those of `into` (a cursor's next piece);
+// returns how many.
+qsizetype appendResultRows(const PGresult* result, RowStore& into);
+
 } // namespace vx::postgres

@@ -1,9 +1,11 @@
 #include "data/recordset/RecordsetData.h"
 
+#include "data/Driver.h"
 #include "data/Error.h"
 #include "data/recordset/SortKeys.h"
 
 #include <QVarLengthArray>
+#include <algorithm>
 
 namespace vx::detail {
 
@@ -44,6 +46,7 @@ int columnByName(const RecordsetData& d, const QString& name) {
 }
 
 void load(RecordsetData& d, std::unique_ptr<RowStore> rows) {
+    d.stream.reset();
     d.rows = std::move(rows);
     d.open = true;
     d.fieldByName.clear();
@@ -65,6 +68,58 @@ void load(RecordsetData& d, std::unique_ptr<RowStore> rows) {
     }
     rebuildOrder(d);
     placeAtFirst(d);
+}
+
+namespace {
+
+constexpr qsizetype firstPiece = 64; // enough to tell an empty table, and the first screen
+constexpr qsizetype largestPiece = 8192;
+
+// Returns how many rows came.
+qsizetype readPiece(RecordsetData& d) {
+    if (!d.stream)
+        return 0;
+    const qsizetype before = d.rows->rowCount();
+    const qsizetype fetched = d.stream->fetch(*d.rows, d.nextPiece);
+    d.nextPiece = std::min(d.nextPiece * 2, largestPiece);
+    if (fetched < 1) {
+        d.stream.reset();
+        return 0;
+    }
+    d.gone.resize(size_t(before + fetched), 0);
+    for (qsizetype row = before; row < before + fetched; ++row)
+        d.order.append(row);
+    return fetched;
+}
+
+} // namespace
+
+void startRows(RecordsetData& d) {
+    if (!d.rowsPending)
+        return;
+    d.rowsPending = false;
+    d.stream = d.connection.driver().streamTable(d.source);
+    d.nextPiece = firstPiece;
+    readPiece(d);
+    if (!d.sortColumns.empty()) {
+        readAllRows(d);
+        rebuildOrder(d);
+    }
+    placeAtFirst(d);
+}
+
+void reachPosition(RecordsetData& d, qsizetype position) {
+    startRows(d);
+    while (d.stream && position >= d.order.size()) {
+        if (readPiece(d) == 0)
+            break;
+    }
+}
+
+void readAllRows(RecordsetData& d) {
+    startRows(d);
+    while (readPiece(d) > 0) {
+    }
 }
 
 } // namespace vx::detail

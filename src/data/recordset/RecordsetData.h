@@ -3,6 +3,7 @@
 #include "data/Connection.h"
 #include "data/Recordset.h"
 #include "data/RowStore.h"
+#include "data/RowStream.h"
 #include "data/recordset/ChangeTracker.h"
 #include "data/recordset/RowOrder.h"
 #include "data/recordset/SortText.h"
@@ -43,6 +44,13 @@ struct RecordsetData {
     qsizetype rowBeforeAdd = -1;
     ChangeTracker changes;
 
+    // Forward-only table-direct opens know only the table's columns at first. The rows are read
+    // when the record set is first read, a piece at a time as the cursor moves on; a record set
+    // that is only added to never reads them.
+    bool rowsPending = false;
+    std::unique_ptr<RowStream> stream;
+    qsizetype nextPiece = 0;
+
     std::map<int, std::function<void(const RecordsetChange&)>> listeners;
     int nextListener = 1;
 
@@ -57,5 +65,13 @@ void placeAtFirst(RecordsetData& d);
 int columnByName(const RecordsetData& d, const QString& name);
 // Takes over freshly materialised rows; keeps the sort when its columns are still there.
 void load(RecordsetData& d, std::unique_ptr<RowStore> rows);
+
+// Starts reading the table's rows if a table-direct open left them pending; the cursor then
+// stands on the first row.
+void startRows(RecordsetData& d);
+// Reads on until `position` is a row of the order, or the rows are exhausted.
+void reachPosition(RecordsetData& d, qsizetype position);
+// Reads every row still to come.
+void readAllRows(RecordsetData& d);
 
 } // namespace vx::detail

@@ -309,6 +309,30 @@ std::unique_ptr<RowStore> SqliteDriver::selectTable(const QString& table) {
     return readResult(db, statement.get(), sql, *d->keys, count);
 }
 
+std::unique_ptr<RowStore> SqliteDriver::tableStructure(const QString& table) {
+    sqlite3* db = d->handle();
+    const QString sql = QStringLiteral("SELECT * FROM %1").arg(quoteName(plainTableName(table)));
+    // Prepared, never stepped: the declared types are all that is read.
+    StatementHandle statement = prepare(db, sql.toUtf8());
+    bool allTyped = true;
+    ColumnList columns = describeResult(statement.get(), sql, *d->keys, allTyped);
+    // A column without a declared type takes its type from the rows, as a full read would.
+    if (!allTyped)
+        return emptyLike(*selectTable(table));
+    return std::make_unique<RowStore>(std::move(columns));
+}
+
+std::unique_ptr<RowStream> SqliteDriver::streamTable(const QString& table) {
+    sqlite3* db = d->handle();
+    const QString sql = QStringLiteral("SELECT * FROM %1").arg(quoteName(plainTableName(table)));
+    StatementHandle statement = prepare(db, sql.toUtf8());
+    bool allTyped = true;
+    describeResult(statement.get(), sql, *d->keys, allTyped);
+    if (!allTyped) // columns without a declared type are typed from the rows, all read first
+        return std::make_unique<MaterialisedRowStream>(selectTable(table));
+    return streamResult(db, std::move(statement));
+}
+
 void SqliteDriver::beginTransaction() {
     const int depth = d->transactionDepth;
     // IMMEDIATE takes the write lock now, waiting for another writer, so that a transaction

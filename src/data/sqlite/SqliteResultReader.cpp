@@ -142,7 +142,64 @@ void appendValue(RowStore& rows, const QVariant& value) {
     }
 }
 
+class SqliteRowStream : public RowStream {
+public:
+    SqliteRowStream(sqlite3* db, StatementHandle statement)
+        : m_db(db)
+        , m_statement(std::move(statement))
+        , m_columns(sqlite3_column_count(m_statement.get())) {}
+
+    qsizetype fetch(RowStore& into, qsizetype maxRows) override {
+        if (!m_statement)
+            return 0;
+        qsizetype fetched = 0;
+        while (fetched < maxRows) {
+            const int code = sqlite3_step(m_statement.get());
+            if (code != SQLITE_ROW) {
+                // Finalised at once: an open statement would keep its snapshot of the file.
+                m_statement.reset();
+                if (code != SQLITE_DONE)
+                    fail(m_db, code);
+                break;
+            }
+            for (int i = 0; i < m_columns; ++i)
+                appendCell(into, m_statement.get(), i);
+            into.endRow();
+            ++fetched;
+        }
+        return fetched;
+    }
+
+private:
+    sqlite3* m_db;
+    StatementHandle m_statement;
+    int m_columns;
+};
+
 } // namespace
+
+ColumnList describeResult(sqlite3_stmt* statement, const QString& sql, SqliteTableKeys& keys,
+                          bool& allTyped) {
+    const int count = sqlite3_column_count(statement);
+    ColumnList columns;
+    columns.reserve(count);
+    allTyped = true;
+    for (int i = 0; i < count; ++i) {
+        bool typeKnown = true;
+        columns.append(describeColumn(statement, i, keys, typeKnown));
+        if (!typeKnown) {
+            allTyped = false;
+            columns.back().type = DataType::VarWChar;
+            columns.back().definedSize = 255;
+        }
+    }
+    nameRepeatedColumns(columns, sql);
+    return columns;
+}
+
+std::unique_ptr<RowStream> streamResult(sqlite3* db, StatementHandle statement) {
+    return std::make_unique<SqliteRowStream>(db, std::move(statement));
+}
 
 struct ResultRows::Private {
     sqlite3* db = nullptr;

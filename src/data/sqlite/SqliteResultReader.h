@@ -1,6 +1,8 @@
 #pragma once
 
 #include "data/RowStore.h"
+#include "data/RowStream.h"
+#include "data/sqlite/SqliteSupport.h"
 
 #include <memory>
 
@@ -39,5 +41,13 @@ private:
 // `expectedRows` reserves room when the caller knows the count.
 std::unique_ptr<RowStore> readResult(sqlite3* db, sqlite3_stmt* statement, const QString& sql,
                                      SqliteTableKeys& keys, qsizetype expectedRows = 0);
+
+// The columns of a prepared query, without stepping it. `allTyped` is set false when a column has
+// no declared type (it then reads as text here; readResult would type it from its values).
+ColumnList describeResult(sqlite3_stmt* statement, const QString& sql, SqliteTableKeys& keys,
+                          bool& allTyped);
+
+// Hands out the rows of a prepared query as it is stepped; the columns must all be declared.
+std::unique_ptr<RowStream> streamResult(sqlite3* db, StatementHandle statement);
 
 } // namespace vx::sqlite
