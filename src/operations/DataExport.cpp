@@ -154,7 +154,8 @@ bool exportData(HitListContext& hitList) {
         if (!QDir::setCurrent(folder))
             throw Error(ErrorNumber::Unspecified,
                         QStringLiteral("Cannot open the folder '%1'.").arg(folder));
-        state.ktfile.open(QStringLiteral("ktfile"), hitList.connection(), CursorType::Keyset,
+        // Forward-only: only the columns are wanted, and the rows are then never read.
+        state.ktfile.open(QStringLiteral("ktfile"), hitList.connection(), CursorType::ForwardOnly,
                           LockType::ReadOnly, CommandType::TableDirect);
         const int fileNameColumn = state.ktfile.fieldIndex(QStringLiteral("fname"));
         if (fileNameColumn < 0)

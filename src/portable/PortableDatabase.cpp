@@ -39,11 +39,12 @@ const QStringList& fixedTableStatements() {
 // "CREATE TABLE [group] ([itemid] LONG,[Customer] VARCHAR(50),...);" from the repository table.
 QString groupTableStatement(const QString& groupTable, const Connection& repository) {
     Recordset structure;
-    // Only the columns are wanted, not the rows.
-    structure.open(QStringLiteral("select * from ") + groupTable + QStringLiteral(" where 1 = 0"),
-                   repository, CursorType::Keyset, LockType::Optimistic, CommandType::Text);
+    // Forward-only over the table itself: telling whether it holds a row reads one piece.
+    structure.open(groupTable, repository, CursorType::ForwardOnly, LockType::ReadOnly,
+                   CommandType::TableDirect);
     QString statement = QStringLiteral("CREATE TABLE [") + groupTable + QStringLiteral("] (");
-    for (int i = 0; i < structure.fieldCount(); ++i) {
+    const int columns = structure.eof() ? 0 : structure.fieldCount();
+    for (int i = 0; i < columns; ++i) {
         const ColumnInfo& column = structure.columnInfo(i);
         const std::optional<QString> type = portableColumnType(column);
         // A column the viewer's database cannot hold would shift every copied row's values.
