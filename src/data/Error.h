@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QtGlobal>
-
 #include <exception>
 #include <string>
 
@@ -26,6 +25,16 @@ inline constexpr qint32 ProviderNotFound = qint32(0x800A0E7A);
 inline constexpr qint32 InvalidArgument = qint32(0x800A0BB9);
 } // namespace ErrorNumber
 
+// Why a statement lost to another session's work at the same moment; such a failure usually
+// succeeds when the whole unit of work is run again (see retryTransient).
+enum class Conflict {
+    None,
+    Busy,            // the engine's lock was held too long ("database is locked")
+    Serialization,   // a concurrent transaction changed what this one read
+    Deadlock,        // chosen as the victim of a lock cycle
+    UniqueViolation, // a key that had to be new was taken meanwhile
+};
+
 // The one exception type of the layers: a number and a description, like the platform's error
 // object. Controls catch it at each public operation and show the description.
 class Error : public std::exception {
@@ -35,6 +44,11 @@ public:
     qint32 number() const noexcept { return m_number; }
     const QString& description() const noexcept { return m_description; }
     const QString& source() const noexcept { return m_source; }
+    Conflict conflict() const noexcept { return m_conflict; }
+    Error& setConflict(Conflict conflict) noexcept {
+        m_conflict = conflict;
+        return *this;
+    }
     const char* what() const noexcept override { return m_what.c_str(); }
 
 private:
@@ -42,6 +56,7 @@ private:
     QString m_description;
     QString m_source;
     std::string m_what;
+    Conflict m_conflict = Conflict::None;
 };
 
 } // namespace vx

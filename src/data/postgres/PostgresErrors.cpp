@@ -63,6 +63,17 @@ Error errorFromResult(const PGresult* result, PGconn* connection) {
         return Error(ErrorNumber::SyntaxError, message, errorSource);
     if (state == u"42703")
         return Error(ErrorNumber::ColumnNotFound, message, errorSource);
+    if (state == u"40001")
+        return Error(ErrorNumber::Unspecified, message, errorSource)
+            .setConflict(Conflict::Serialization);
+    if (state == u"40P01")
+        return Error(ErrorNumber::Unspecified, message, errorSource)
+            .setConflict(Conflict::Deadlock);
+    if (state == u"55P03")
+        return Error(ErrorNumber::Unspecified, message, errorSource).setConflict(Conflict::Busy);
+    if (state == u"23505")
+        return Error(ErrorNumber::IntegrityViolation, message, errorSource)
+            .setConflict(Conflict::UniqueViolation);
     if (state.startsWith(u"23"))
         return Error(ErrorNumber::IntegrityViolation, message, errorSource);
     if (state == u"22003")

@@ -26,6 +26,11 @@ Error errorFrom(sqlite3* db, int code) {
                                     "correctly.")
                          .arg(missingTableName(message)),
                      errorSource);
+    if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED)
+        return Error(ErrorNumber::Unspecified, message, errorSource).setConflict(Conflict::Busy);
+    if (code == SQLITE_CONSTRAINT_PRIMARYKEY || code == SQLITE_CONSTRAINT_UNIQUE)
+        return Error(ErrorNumber::IntegrityViolation, message, errorSource)
+            .setConflict(Conflict::UniqueViolation);
     if (primary == SQLITE_CONSTRAINT)
         return Error(ErrorNumber::IntegrityViolation, message, errorSource);
     if (message.contains(QStringLiteral("syntax error")) ||
