@@ -1,13 +1,16 @@
 #include "companions/ScanIndex.h"
 
+#include "companions/ReservedFile.h"
 #include "companions/form/SqlText.h"
 #include "data/Connection.h"
 #include "data/Driver.h"
 #include "data/Error.h"
 #include "data/Field.h"
 #include "data/Recordset.h"
+#include "data/RetryTransient.h"
 #include "session/Conversions.h"
 #include "session/GroupConnection.h"
+#include "session/IdCounter.h"
 #include "session/PrivateProfile.h"
 #include "session/SystemFolder.h"
 #include "session/UiServices.h"
@@ -24,43 +27,14 @@ namespace vx {
 
 namespace {
 
-constexpr int StoredNameLength = 20;
-
-// "<id>.<extension>", or "<id>_<n>.<extension>" when that name is taken; the extension is cut
-// when the whole would pass 20 characters.
-QString storedNameFor(const QDir& folder, qint32 itemId, const QString& extension) {
-    for (int attempt = 0;; ++attempt) {
-        QString base = QString::number(itemId);
-        if (attempt > 0)
-            base += QLatin1Char('_') + QString::number(attempt);
-        QString name = base;
-        if (!extension.isEmpty() && base.size() + 1 < StoredNameLength)
-            name += QLatin1Char('.') + extension.left(StoredNameLength - base.size() - 1);
-        if (!QFileInfo::exists(folder.filePath(name)))
-            return name;
+int columnIndex(const RowStore& layout, const QString& name) {
+    const ColumnList& columns = layout.columns();
+    for (int i = 0; i < columns.size(); ++i) {
+        if (columns[i].name.compare(name, Qt::CaseInsensitive) == 0)
+            return i;
     }
+    return -1;
 }
-
-qint32 nextNumber(Connection& connection, const QString& sql) {
-    Recordset last;
-    last.open(sql, connection);
-    const QVariant value = last.eof() ? QVariant() : last.value(0);
-    return value.isNull() ? 1 : toInt32(value) + 1;
-}
-
-// Removes the copied file unless the document was filed.
-class CopiedFile {
-public:
-    ~CopiedFile() {
-        if (!m_path.isEmpty())
-            QFile::remove(m_path);
-    }
-    void set(const QString& path) { m_path = path; }
-    void keep() { m_path.clear(); }
-
-private:
-    QString m_path;
-};
 
 } // namespace
 
@@ -76,8 +50,13 @@ struct ScanIndex::Private {
     std::shared_ptr<VXItemList> excluded;
     std::shared_ptr<VXItemList> keywords;
     QString lastError;
+    QString initFile;    // of the open repository
+    QString volume;      // of the document folder, read once
+    QString layoutGroup; // whose columns groupLayout holds
+    std::unique_ptr<RowStore> groupLayout;
 
     qint32 fileDocument(const QString& path, const QString& user);
+    qint32 fileOnce(const QFileInfo& source, const QDir& folder, const QString& user);
     void insertGroupRow(qint32 itemId);
 };
 
@@ -90,7 +69,6 @@ ScanIndex::~ScanIndex() = default;
 void ScanIndex::Init(QString& library) {
     d->library = library;
     d->group.clear();
-    d->connection = Connection();
 }
 
 bool ScanIndex::RemoteIndex() const {
@@ -102,7 +80,6 @@ void ScanIndex::setRemoteIndex(bool remote) {
 
 bool ScanIndex::SelectGroup(QString& group) {
     d->group.clear();
-    d->connection = Connection();
     d->lastError.clear();
 
     const QString catalog = libraryCatalogPath();
@@ -115,29 +92,43 @@ bool ScanIndex::SelectGroup(QString& group) {
     if (QFileInfo(initFile).isRelative())
         initFile = QFileInfo(catalog).absoluteDir().absoluteFilePath(initFile);
 
-    Connection connection = openGroupConnection(initFile);
+    // The index control selects the group before every document: the repository stays open
+    // while the group's initialisation file is the same, and what was learnt about it stays.
+    const bool sameRepository = d->connection.isOpen() && initFile == d->initFile;
+    if (!sameRepository) {
+        d->connection = Connection();
+        d->initFile.clear();
+        d->layoutGroup.clear();
+        d->connection = openGroupConnection(initFile);
+        d->initFile = initFile;
+        d->securityTable = false;
+        Recordset tables = d->connection.openSchema(SchemaKind::Tables);
+        for (; !tables.eof(); tables.moveNext())
+            if (tables.value(QStringLiteral("TABLE_NAME"))
+                        .toString()
+                        .compare(QLatin1String("KTSecurity"), Qt::CaseInsensitive) == 0 &&
+                tables.value(QStringLiteral("TABLE_TYPE")).toString() == QLatin1String("TABLE"))
+                d->securityTable = true;
+    }
+
     Recordset row;
     row.open(QStringLiteral("select * from KTGroup where [Name] = ") + form::sqlText(group),
-             connection);
+             d->connection);
     if (row.eof()) {
         d->lastError = QStringLiteral("The repository of library \"%1\" has no group \"%2\".")
                            .arg(d->library, group);
         return false;
     }
     d->groupId = toInt32(row.value(QStringLiteral("Groupid")));
-    d->documentFolder = row.value(QStringLiteral("Path")).toString().trimmed();
-
-    d->securityTable = false;
-    Recordset tables = connection.openSchema(SchemaKind::Tables);
-    for (; !tables.eof(); tables.moveNext())
-        if (tables.value(QStringLiteral("TABLE_NAME"))
-                    .toString()
-                    .compare(QLatin1String("KTSecurity"), Qt::CaseInsensitive) == 0 &&
-            tables.value(QStringLiteral("TABLE_TYPE")).toString() == QLatin1String("TABLE"))
-            d->securityTable = true;
-
+    const QString folder = row.value(QStringLiteral("Path")).toString().trimmed();
+    if (folder != d->documentFolder)
+        d->volume.clear();
+    d->documentFolder = folder;
+    if (d->layoutGroup != group) {
+        d->groupLayout = d->connection.driver().tableStructure(group);
+        d->layoutGroup = group;
+    }
     d->group = group;
-    d->connection = connection;
     return true;
 }
 
@@ -204,25 +195,37 @@ qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user
                     QStringLiteral("The document \"%1\" is larger than 2 GB.")
                         .arg(QDir::toNativeSeparators(path)));
 
-    Transaction transaction(connection);
-    const qint32 itemId =
-        nextNumber(connection, QStringLiteral("SELECT MAX(itemid) AS lastid FROM KTItem"));
-    const qint32 fileId =
-        nextNumber(connection, QStringLiteral("SELECT MAX(fileid) AS lastid FROM KTFile"));
-
     QDir folder(documentFolder);
     if (!folder.exists() && !QDir().mkpath(documentFolder))
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("The document folder \"%1\" cannot be created.")
                         .arg(QDir::toNativeSeparators(documentFolder)));
-    const QString storedName = storedNameFor(folder, itemId, source.suffix());
-    const QString target = folder.filePath(storedName);
-    CopiedFile copied;
-    if (!QFile::copy(source.absoluteFilePath(), target))
-        throw Error(ErrorNumber::Unspecified,
-                    QStringLiteral("The document \"%1\" cannot be copied to \"%2\".")
-                        .arg(QDir::toNativeSeparators(path), QDir::toNativeSeparators(target)));
-    copied.set(target);
+    if (volume.isEmpty())
+        KTVolumeLabel(volume, folder.absolutePath());
+
+    // Several users file at once: a filing that lost a race for an id, a lock or a row is
+    // run again whole; each run leaves nothing behind when it fails.
+    RetryPolicy policy;
+    policy.retryOn = RetryOn::ConflictsAndDuplicates;
+    return retryTransient([&] { return fileOnce(source, folder, user); }, policy,
+                          [this](const Error& error) {
+                              if (error.conflict() != Conflict::UniqueViolation)
+                                  return;
+                              try {
+                                  IdCounter::catchUp(connection);
+                              } catch (const Error&) { // the next run says what is wrong
+                              }
+                          });
+}
+
+qint32 ScanIndex::Private::fileOnce(const QFileInfo& source, const QDir& folder,
+                                    const QString& user) {
+    Transaction transaction(connection);
+    // Taken inside the filing's transaction: an id is used once even if the filing fails after.
+    const qint32 itemId = IdCounter::next(connection, IdCounter::Kind::Item);
+    const qint32 fileId = IdCounter::next(connection, IdCounter::Kind::File);
+    ReservedFile stored(folder, itemId, source.suffix());
+    stored.copyFrom(source.absoluteFilePath());
 
     Driver& driver = connection.driver();
     const QDateTime now = QDateTime::currentDateTime();
@@ -236,14 +239,12 @@ qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user
                       QStringLiteral(" "), false, false},
                      QString());
 
-    QString volume;
-    KTVolumeLabel(volume, target);
     const QDateTime modified = source.lastModified();
     driver.insertRow(QStringLiteral("KTFile"),
                      {QStringLiteral("fileid"), QStringLiteral("itemid"), QStringLiteral("fname"),
                       QStringLiteral("fdate"), QStringLiteral("fsize"), QStringLiteral("archive"),
                       QStringLiteral("volume")},
-                     {fileId, itemId, storedName, modified.addMSecs(-modified.time().msec()),
+                     {fileId, itemId, stored.name(), modified.addMSecs(-modified.time().msec()),
                       qint32(source.size()), false, volume},
                      QString());
 
@@ -276,26 +277,24 @@ qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user
     }
 
     transaction.commit();
-    copied.keep();
+    stored.keep();
     return itemId;
 }
 
 // One row of the group table: itemid and the staged values, each converted to its column's type.
 void ScanIndex::Private::insertGroupRow(qint32 itemId) {
-    Recordset layout;
-    layout.open(QStringLiteral("SELECT * FROM ") + group + QStringLiteral(" WHERE 1 = 0"),
-                connection);
+    const RowStore& layout = *groupLayout;
     QStringList columns{QStringLiteral("itemid")};
     QVariantList values{itemId};
     for (const auto& [column, value] : std::as_const(staged)) {
-        const int index = layout.fieldIndex(column);
+        const int index = columnIndex(layout, column);
         if (index < 0)
             throw Error(
                 ErrorNumber::ColumnNotFound,
                 QStringLiteral("The group table \"%1\" has no column \"%2\".").arg(group, column));
         if (value.isNull())
             continue;
-        const ColumnInfo& info = layout.columnInfo(index);
+        const ColumnInfo& info = layout.columns().at(index);
         columns << (info.baseColumn.isEmpty() ? info.name : info.baseColumn);
         try {
             values << convertForColumn(value, info);

@@ -15,6 +15,8 @@ inline const QString Revision = QStringLiteral("KTRevision");
 inline const QString Security = QStringLiteral("KTSecurity");
 inline const QString Keywords = QStringLiteral("keywords");
 inline const QString Dictionary = QStringLiteral("dictionary");
+// The last ids handed out for new items and files (see IdCounter).
+inline const QString Counter = QStringLiteral("KTCounter");
 } // namespace table
 
 // The seven kinds of index field a group's form can hold.

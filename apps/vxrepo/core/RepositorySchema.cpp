@@ -50,6 +50,11 @@ QList<TableDefinition> fixedTables() {
          {},
          {QStringLiteral("itemid"), QStringLiteral("keyword")}},
         {table::Dictionary, QStringLiteral("[words] VARCHAR(50)"), {}, {QStringLiteral("words")}},
+        // Empty: each counter row starts from the highest id in use when first needed.
+        {table::Counter,
+         QStringLiteral("[name] VARCHAR(20) NOT NULL, [lastid] LONG NOT NULL"),
+         {QStringLiteral("name")},
+         {}},
     };
 }
 

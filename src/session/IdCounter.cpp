@@ -1,0 +1,89 @@
+#include "session/IdCounter.h"
+
+#include "data/Connection.h"
+#include "data/Error.h"
+#include "data/Recordset.h"
+#include "session/Conversions.h"
+#include "session/Schema.h"
+
+namespace vx {
+
+namespace {
+
+struct CounterKind {
+    QString name;  // the counter row
+    QString table; // where the ids are used
+    QString column;
+};
+
+CounterKind kindOf(IdCounter::Kind kind) {
+    if (kind == IdCounter::Kind::Item)
+        return {QStringLiteral("itemid"), table::Item, QStringLiteral("itemid")};
+    return {QStringLiteral("fileid"), table::File, QStringLiteral("fileid")};
+}
+
+QString highestInUse(const CounterKind& kind) {
+    return QStringLiteral("(SELECT COALESCE(MAX([%1]), 0) FROM [%2])").arg(kind.column, kind.table);
+}
+
+void createTable(Connection& connection) {
+    try {
+        connection.execute(IdCounter::createStatement());
+    } catch (const Error&) {
+        // Another session made it first (the seeding below fails plainly if it is truly missing).
+    }
+}
+
+// Adds the kind's row, starting from the highest id in use; another session may have added it.
+void seed(Connection& connection, const CounterKind& kind) {
+    try {
+        connection.execute(QStringLiteral("INSERT INTO [%1] ([name], [lastid]) SELECT '%2', %3")
+                               .arg(table::Counter, kind.name, highestInUse(kind)));
+    } catch (const Error& error) {
+        if (error.conflict() != Conflict::UniqueViolation)
+            throw;
+    }
+}
+
+} // namespace
+
+QString IdCounter::createStatement() {
+    return QStringLiteral("CREATE TABLE [%1] ([name] VARCHAR(20) NOT NULL, [lastid] LONG NOT NULL, "
+                          "CONSTRAINT [pk_%1] PRIMARY KEY ([name]))")
+        .arg(table::Counter);
+}
+
+qint32 IdCounter::next(Connection& connection, Kind kind) {
+    const CounterKind counter = kindOf(kind);
+    const QString raise =
+        QStringLiteral("UPDATE [%1] SET [lastid] = [lastid] + 1 WHERE [name] = '%2' RETURNING "
+                       "[lastid]")
+            .arg(table::Counter, counter.name);
+    for (int round = 0; round < 3; ++round) {
+        try {
+            Recordset raised;
+            raised.open(raise, connection);
+            if (!raised.eof())
+                return toInt32(raised.value(0));
+        } catch (const Error& error) {
+            if (error.number() != ErrorNumber::TableNotFound)
+                throw;
+            createTable(connection);
+        }
+        seed(connection, counter);
+    }
+    throw Error(ErrorNumber::Unspecified,
+                QStringLiteral("The id counter (table %1) cannot be set up.").arg(table::Counter));
+}
+
+void IdCounter::catchUp(Connection& connection) {
+    for (const Kind kind : {Kind::Item, Kind::File}) {
+        const CounterKind counter = kindOf(kind);
+        const QString highest = highestInUse(counter);
+        connection.execute(
+            QStringLiteral("UPDATE [%1] SET [lastid] = %2 WHERE [name] = '%3' AND [lastid] < %2")
+                .arg(table::Counter, highest, counter.name));
+    }
+}
+
+} // namespace vx
