@@ -3,6 +3,7 @@
 #include "data/Connection.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/RetryTransient.h"
 #include "hitlist/FindReplaceSearch.h"
 #include "hitlist/FindReplaceSql.h"
 #include "hitlist/FindReplaceValues.h"
@@ -146,9 +147,13 @@ qint64 FindReplacement::runReplaceAll(const Request& request,
                  QStringLiteral("Replace All")))
         return 0;
 
-    Transaction transaction(connection);
-    connection.execute(sql.update);
-    transaction.commit();
+    // One statement over many rows: on a server it can meet another user's changes in another
+    // order (a deadlock) and is then run again whole.
+    retryTransient([&] {
+        Transaction transaction(connection);
+        connection.execute(sql.update);
+        transaction.commit();
+    });
     if (afterCommit)
         afterCommit();
     ui().messageBox(QString::number(count) + QStringLiteral(" Change(s) Made"),
