@@ -47,6 +47,7 @@ int columnByName(const RecordsetData& d, const QString& name) {
 
 void load(RecordsetData& d, std::unique_ptr<RowStore> rows) {
     d.stream.reset();
+    d.rowsPending = false; // a table-direct open sets it again
     d.rows = std::move(rows);
     d.open = true;
     d.fieldByName.clear();
