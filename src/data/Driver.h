@@ -69,15 +69,19 @@ public:
 
     // Write-back of one row to a base table. The row is found by `keyColumns` = `keyValues`
     // (the original values; a null key value matches null); when the table has no key, every
-    // original column is given and at most one matching row is changed.
+    // original column is given and at most one matching row is changed. `checkColumns` must
+    // still hold `checkValues` exactly (null matches null): a row another user changed since it
+    // was read is then not found (0 rows) instead of being overwritten.
     // insertRow returns the value the engine gave `autoIncrementColumn`, or null.
     virtual QVariant insertRow(const QString& table, const QStringList& columns,
                                const QVariantList& values, const QString& autoIncrementColumn) = 0;
     virtual qint64 updateRow(const QString& table, const QStringList& columns,
                              const QVariantList& values, const QStringList& keyColumns,
-                             const QVariantList& keyValues) = 0;
+                             const QVariantList& keyValues, const QStringList& checkColumns = {},
+                             const QVariantList& checkValues = {}) = 0;
     virtual qint64 deleteRow(const QString& table, const QStringList& keyColumns,
-                             const QVariantList& keyValues) = 0;
+                             const QVariantList& keyValues, const QStringList& checkColumns = {},
+                             const QVariantList& checkValues = {}) = 0;
 
     // Bulk appending to `table`; by default one insertRow per row. The appender must not
     // outlive the driver.

@@ -478,8 +478,17 @@ void Recordset::updateBatch() {
     if (!d->changes.hasPending())
         return;
     requireUpdatable(*d);
-    const std::vector<qsizetype> filled =
-        d->changes.sendPending(*d->rows, d->target, d->connection.driver());
+    std::vector<qsizetype> filled;
+    try {
+        filled = d->changes.sendPending(*d->rows, d->target, d->connection.driver());
+    } catch (...) {
+        // The current row becomes the one that failed (a conflicting edit), for the caller to
+        // show; a failed delete has no row to show.
+        const qsizetype failed = d->changes.failedRow();
+        if (failed >= 0 && d->order.positionOf(failed) >= 0)
+            goTo(*d, {Place::OnRow, failed});
+        throw;
+    }
     for (const qsizetype row : filled) {
         const qsizetype position = d->order.positionOf(row);
         if (position >= 0)

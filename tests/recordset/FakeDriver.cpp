@@ -38,7 +38,7 @@ void FakeDriver::maybeFail() {
 QVariant FakeDriver::insertRow(const QString& table, const QStringList& columns,
                                const QVariantList& values, const QString& autoIncrementColumn) {
     maybeFail();
-    calls.append({WriteCall::Insert, table, columns, values, {}, {}, autoIncrementColumn});
+    calls.append({WriteCall::Insert, table, columns, values, {}, {}, autoIncrementColumn, {}, {}});
     if (autoIncrementColumn.isEmpty())
         return {};
     return QVariant(nextAutoIncrement++);
@@ -46,16 +46,27 @@ QVariant FakeDriver::insertRow(const QString& table, const QStringList& columns,
 
 qint64 FakeDriver::updateRow(const QString& table, const QStringList& columns,
                              const QVariantList& values, const QStringList& keyColumns,
-                             const QVariantList& keyValues) {
+                             const QVariantList& keyValues, const QStringList& checkColumns,
+                             const QVariantList& checkValues) {
     maybeFail();
-    calls.append({WriteCall::Update, table, columns, values, keyColumns, keyValues, {}});
+    calls.append({WriteCall::Update,
+                  table,
+                  columns,
+                  values,
+                  keyColumns,
+                  keyValues,
+                  {},
+                  checkColumns,
+                  checkValues});
     return affectedRows;
 }
 
 qint64 FakeDriver::deleteRow(const QString& table, const QStringList& keyColumns,
-                             const QVariantList& keyValues) {
+                             const QVariantList& keyValues, const QStringList& checkColumns,
+                             const QVariantList& checkValues) {
     maybeFail();
-    calls.append({WriteCall::Delete, table, {}, {}, keyColumns, keyValues, {}});
+    calls.append(
+        {WriteCall::Delete, table, {}, {}, keyColumns, keyValues, {}, checkColumns, checkValues});
     return affectedRows;
 }
 

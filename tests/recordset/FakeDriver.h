@@ -23,6 +23,8 @@ struct WriteCall {
     QStringList keyColumns;
     QVariantList keyValues;
     QString autoIncrementColumn;
+    QStringList checkColumns; // must still hold checkValues
+    QVariantList checkValues;
 };
 
 // An engine without an engine: selects answer with stores the test prepared, writes are
@@ -66,9 +68,12 @@ public:
     QVariant insertRow(const QString& table, const QStringList& columns, const QVariantList& values,
                        const QString& autoIncrementColumn) override;
     qint64 updateRow(const QString& table, const QStringList& columns, const QVariantList& values,
-                     const QStringList& keyColumns, const QVariantList& keyValues) override;
+                     const QStringList& keyColumns, const QVariantList& keyValues,
+                     const QStringList& checkColumns = {},
+                     const QVariantList& checkValues = {}) override;
     qint64 deleteRow(const QString& table, const QStringList& keyColumns,
-                     const QVariantList& keyValues) override;
+                     const QVariantList& keyValues, const QStringList& checkColumns = {},
+                     const QVariantList& checkValues = {}) override;
 
 private:
     void maybeFail();

@@ -71,6 +71,9 @@ TEST_F(WriteBack, UpdateSendsChangedColumnsKeyedByOriginalKey) {
     EXPECT_EQ(call.values, (QVariantList{"plum", qint64(-1)})); // Yes is stored as -1
     EXPECT_EQ(call.keyColumns, QStringList{"id"});
     EXPECT_EQ(call.keyValues, QVariantList{2});
+    // Optimistic locking: the changed columns must still hold what was read.
+    EXPECT_EQ(call.checkColumns, (QStringList{"word", "used"}));
+    EXPECT_EQ(call.checkValues, (QVariantList{"pear", qint64(0)}));
     EXPECT_EQ(set.editMode(), EditMode::None);
     EXPECT_EQ(set.value("word"), QVariant("plum"));
     EXPECT_EQ(set.value("used"), QVariant(true));

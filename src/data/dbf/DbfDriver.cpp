@@ -262,11 +262,13 @@ std::unique_ptr<RowAppender> DbfDriver::appendRows(const QString& table,
 }
 
 qint64 DbfDriver::updateRow(const QString&, const QStringList&, const QVariantList&,
-                            const QStringList&, const QVariantList&) {
+                            const QStringList&, const QVariantList&, const QStringList&,
+                            const QVariantList&) {
     throw notSupported(QStringLiteral("changing records (it only appends them)"));
 }
 
-qint64 DbfDriver::deleteRow(const QString&, const QStringList&, const QVariantList&) {
+qint64 DbfDriver::deleteRow(const QString&, const QStringList&, const QVariantList&,
+                            const QStringList&, const QVariantList&) {
     throw notSupported(QStringLiteral("deleting records (it only appends them)"));
 }
 

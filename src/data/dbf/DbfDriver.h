@@ -34,9 +34,12 @@ public:
     QVariant insertRow(const QString& table, const QStringList& columns, const QVariantList& values,
                        const QString& autoIncrementColumn) override;
     qint64 updateRow(const QString& table, const QStringList& columns, const QVariantList& values,
-                     const QStringList& keyColumns, const QVariantList& keyValues) override;
+                     const QStringList& keyColumns, const QVariantList& keyValues,
+                     const QStringList& checkColumns = {},
+                     const QVariantList& checkValues = {}) override;
     qint64 deleteRow(const QString& table, const QStringList& keyColumns,
-                     const QVariantList& keyValues) override;
+                     const QVariantList& keyValues, const QStringList& checkColumns = {},
+                     const QVariantList& checkValues = {}) override;
     // Records straight into the table's buffer, without a record set's row copies.
     std::unique_ptr<RowAppender> appendRows(const QString& table,
                                             const QStringList& columns) override;

@@ -279,15 +279,18 @@ QVariant PostgresDriver::insertRow(const QString& table, const QStringList& colu
 
 qint64 PostgresDriver::updateRow(const QString& table, const QStringList& columns,
                                  const QVariantList& values, const QStringList& keyColumns,
-                                 const QVariantList& keyValues) {
+                                 const QVariantList& keyValues, const QStringList& checkColumns,
+                                 const QVariantList& checkValues) {
     d->session.connection();
-    return d->writer.update(table, columns, values, keyColumns, keyValues);
+    return d->writer.update(table, columns, values, keyColumns, keyValues, checkColumns,
+                            checkValues);
 }
 
 qint64 PostgresDriver::deleteRow(const QString& table, const QStringList& keyColumns,
-                                 const QVariantList& keyValues) {
+                                 const QVariantList& keyValues, const QStringList& checkColumns,
+                                 const QVariantList& checkValues) {
     d->session.connection();
-    return d->writer.remove(table, keyColumns, keyValues);
+    return d->writer.remove(table, keyColumns, keyValues, checkColumns, checkValues);
 }
 
 std::unique_ptr<Driver> createPostgresDriver() {

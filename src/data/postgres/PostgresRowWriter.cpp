@@ -73,15 +73,30 @@ QByteArray matchCondition(Statement& statement, const CatalogTable& table,
     return condition;
 }
 
+// The columns that must still hold what was read. Compared exactly: another user's change of
+// letter case is a change.
+QByteArray checkCondition(Statement& statement, const CatalogTable& table,
+                          const QStringList& columns, const QVariantList& values) {
+    if (columns.isEmpty())
+        return {};
+    if (columns.size() != values.size())
+        throw Error(ErrorNumber::InvalidArgument,
+                    QStringLiteral("Each column checked needs one value."));
+    return " AND " + matchCondition(statement, table, columns, values, true);
+}
+
 // The WHERE clause for a write to one row.
 QByteArray whereOneRow(Statement& statement, const CatalogTable& table,
-                       const QStringList& keyColumns, const QVariantList& keyValues) {
+                       const QStringList& keyColumns, const QVariantList& keyValues,
+                       const QStringList& checkColumns, const QVariantList& checkValues) {
     const bool keyed = sameColumns(keyColumns, table);
     // Only plain tables have a ctid that names one row.
     if (keyed || table.kind != 'r')
-        return " WHERE " + matchCondition(statement, table, keyColumns, keyValues, false);
+        return " WHERE " + matchCondition(statement, table, keyColumns, keyValues, false) +
+               checkCondition(statement, table, checkColumns, checkValues);
     return " WHERE ctid = (SELECT ctid FROM " + table.quotedName() + " WHERE " +
-           matchCondition(statement, table, keyColumns, keyValues, true) + " LIMIT 1)";
+           matchCondition(statement, table, keyColumns, keyValues, true) +
+           checkCondition(statement, table, checkColumns, checkValues) + " LIMIT 1)";
 }
 
 qint64 affectedRows(const PGresult* result) {
@@ -142,7 +157,8 @@ QVariant RowWriter::insert(const QString& table, const QStringList& columns,
 
 qint64 RowWriter::update(const QString& table, const QStringList& columns,
                          const QVariantList& values, const QStringList& keyColumns,
-                         const QVariantList& keyValues) {
+                         const QVariantList& keyValues, const QStringList& checkColumns,
+                         const QVariantList& checkValues) {
     if (columns.isEmpty())
         return 0;
     if (columns.size() != values.size())
@@ -157,18 +173,21 @@ qint64 RowWriter::update(const QString& table, const QStringList& columns,
             statement.sql += (i ? ", " : "") + quoteIdentifier(column.name) + " = " +
                              statement.next(values[i], &column);
         }
-        statement.sql += whereOneRow(statement, target, keyColumns, keyValues);
+        statement.sql +=
+            whereOneRow(statement, target, keyColumns, keyValues, checkColumns, checkValues);
         return affectedRows(m_session.run(statement.sql, statement.parameters).get());
     });
 }
 
 qint64 RowWriter::remove(const QString& table, const QStringList& keyColumns,
-                         const QVariantList& keyValues) {
+                         const QVariantList& keyValues, const QStringList& checkColumns,
+                         const QVariantList& checkValues) {
     return forgettingStaleNames(m_catalog, [&] {
         const CatalogTable& target = m_catalog.resolve(table);
         Statement statement;
         statement.sql = "DELETE FROM " + target.quotedName();
-        statement.sql += whereOneRow(statement, target, keyColumns, keyValues);
+        statement.sql +=
+            whereOneRow(statement, target, keyColumns, keyValues, checkColumns, checkValues);
         return affectedRows(m_session.run(statement.sql, statement.parameters).get());
     });
 }

@@ -121,19 +121,25 @@ std::vector<qsizetype> ChangeTracker::sendPending(RowStore& store, const WriteTa
     std::sort(order.begin(), order.end());
 
     std::vector<qsizetype> filled;
+    m_failedRow = -1;
     for (const auto& [sequence, row] : order) {
         const Pending& pending = m_pending.at(row);
-        switch (pending.operation) {
-        case Operation::Insert:
-            if (target.insert(driver, store, row, pending.changed))
-                filled.push_back(row);
-            break;
-        case Operation::Update:
-            target.update(driver, store, row, pending.original, pending.changed);
-            break;
-        case Operation::Delete:
-            target.remove(driver, pending.original);
-            break;
+        try {
+            switch (pending.operation) {
+            case Operation::Insert:
+                if (target.insert(driver, store, row, pending.changed))
+                    filled.push_back(row);
+                break;
+            case Operation::Update:
+                target.update(driver, store, row, pending.original, pending.changed);
+                break;
+            case Operation::Delete:
+                target.remove(driver, pending.original, pending.changed);
+                break;
+            }
+        } catch (...) {
+            m_failedRow = row;
+            throw;
         }
         m_pending.erase(row);
     }

@@ -46,8 +46,10 @@ public:
                    qsizetype row);
 
     // Sends the pending operations in the order they were first made. Each sent one is
-    // forgotten; on failure the rest stay pending. Returns rows whose values the engine changed.
+    // forgotten; on failure the rest stay pending and failedRow() names the row that failed.
+    // Returns rows whose values the engine changed.
     std::vector<qsizetype> sendPending(RowStore& store, const WriteTarget& target, Driver& driver);
+    qsizetype failedRow() const { return m_failedRow; }
     struct Undone {
         std::vector<qsizetype> revived; // pending deletes, to show again
         std::vector<qsizetype> dropped; // pending inserts, to hide
@@ -74,6 +76,7 @@ private:
     std::vector<bool> m_assigned;
     std::map<qsizetype, Pending> m_pending;
     quint64 m_nextSequence = 0;
+    qsizetype m_failedRow = -1;
 };
 
 } // namespace vx

@@ -64,6 +64,17 @@ QVariantList WriteTarget::keyValues(const QVariantList& original) const {
     return values;
 }
 
+void WriteTarget::checks(const QVariantList& original, const std::vector<bool>& changed,
+                         QStringList& names, QVariantList& values) const {
+    for (const int column : m_writable) {
+        if (size_t(column) >= changed.size() || !changed[size_t(column)] ||
+            std::find(m_keys.begin(), m_keys.end(), column) != m_keys.end())
+            continue;
+        names << m_columns[column].baseColumn;
+        values << storedValue(original.value(column), m_columns[column]);
+    }
+}
+
 bool WriteTarget::insert(Driver& driver, RowStore& store, qsizetype row,
                          const std::vector<bool>& assigned) const {
     QStringList names;
@@ -95,15 +106,23 @@ qint64 WriteTarget::update(Driver& driver, const RowStore& store, qsizetype row,
     }
     if (names.isEmpty())
         return 1; // nothing to send
-    const qint64 affected =
-        driver.updateRow(m_table, names, values, keyNames(), keyValues(original));
+    QStringList checkNames;
+    QVariantList checkValues;
+    checks(original, changed, checkNames, checkValues);
+    const qint64 affected = driver.updateRow(m_table, names, values, keyNames(),
+                                             keyValues(original), checkNames, checkValues);
     if (affected == 0)
         throw errors::rowNotFoundForUpdate();
     return affected;
 }
 
-qint64 WriteTarget::remove(Driver& driver, const QVariantList& original) const {
-    const qint64 affected = driver.deleteRow(m_table, keyNames(), keyValues(original));
+qint64 WriteTarget::remove(Driver& driver, const QVariantList& original,
+                           const std::vector<bool>& changed) const {
+    QStringList checkNames;
+    QVariantList checkValues;
+    checks(original, changed, checkNames, checkValues);
+    const qint64 affected =
+        driver.deleteRow(m_table, keyNames(), keyValues(original), checkNames, checkValues);
     if (affected == 0)
         throw errors::rowNotFoundForUpdate();
     return affected;

@@ -24,17 +24,24 @@ public:
     bool isAutoIncrement(int column) const { return column == m_autoIncrement; }
 
     // Each returns what the driver reports; the row is read from `store`, the key from
-    // `original` (the values as last read from or written to the table).
+    // `original` (the values as last read from or written to the table). Optimistic locking:
+    // an update or delete also requires the changed columns to hold their original values, and
+    // finding no such row throws RowNotFoundForUpdate rather than overwriting another user's
+    // change.
     // Stores the engine's value for the auto-increment column; returns whether it did.
     bool insert(Driver& driver, RowStore& store, qsizetype row,
                 const std::vector<bool>& assigned) const;
     qint64 update(Driver& driver, const RowStore& store, qsizetype row,
                   const QVariantList& original, const std::vector<bool>& changed) const;
-    qint64 remove(Driver& driver, const QVariantList& original) const;
+    qint64 remove(Driver& driver, const QVariantList& original,
+                  const std::vector<bool>& changed = {}) const;
 
 private:
     QVariantList keyValues(const QVariantList& original) const;
     QStringList keyNames() const;
+    // The changed columns that are not part of the key, with their original values.
+    void checks(const QVariantList& original, const std::vector<bool>& changed, QStringList& names,
+                QVariantList& values) const;
 
     QString m_table;
     ColumnList m_columns;

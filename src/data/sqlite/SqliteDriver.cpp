@@ -93,6 +93,27 @@ RowMatch matchRow(const QStringList& columns, const QVariantList& values) {
     return match;
 }
 
+// Adds the columns that must still hold what was read. Text compares exactly, whatever the
+// column's collation: another user's change of letter case is a change.
+void addChecks(RowMatch& match, const QStringList& columns, const QVariantList& values) {
+    if (columns.size() != values.size())
+        throw Error(ErrorNumber::InvalidArgument,
+                    QStringLiteral("Each column checked needs one value."));
+    for (qsizetype i = 0; i < columns.size(); ++i) {
+        const QString column = quoteName(columns[i]);
+        const QVariant& value = values[i];
+        if (value.isNull()) {
+            match.condition += QStringLiteral(" AND %1 IS NULL").arg(column);
+            continue;
+        }
+        if (SqliteParameters::isDate(value))
+            match.condition += QStringLiteral(" AND datetime(%1) = datetime(?)").arg(column);
+        else
+            match.condition += QStringLiteral(" AND %1 = ? COLLATE BINARY").arg(column);
+        match.parameters << value;
+    }
+}
+
 } // namespace
 
 struct SqliteDriver::Private {
@@ -473,13 +494,15 @@ QVariant SqliteDriver::insertRow(const QString& table, const QStringList& column
 
 qint64 SqliteDriver::updateRow(const QString& table, const QStringList& columns,
                                const QVariantList& values, const QStringList& keyColumns,
-                               const QVariantList& keyValues) {
+                               const QVariantList& keyValues, const QStringList& checkColumns,
+                               const QVariantList& checkValues) {
     if (columns.isEmpty())
         return 0;
     if (columns.size() != values.size())
         throw Error(ErrorNumber::InvalidArgument,
                     QStringLiteral("Each column written needs one value."));
-    const RowMatch match = matchRow(keyColumns, keyValues);
+    RowMatch match = matchRow(keyColumns, keyValues);
+    addChecks(match, checkColumns, checkValues);
     QString sql = QStringLiteral("UPDATE ") + quoteName(table) + QStringLiteral(" SET ");
     for (qsizetype i = 0; i < columns.size(); ++i)
         sql +=
@@ -489,8 +512,10 @@ qint64 SqliteDriver::updateRow(const QString& table, const QStringList& columns,
 }
 
 qint64 SqliteDriver::deleteRow(const QString& table, const QStringList& keyColumns,
-                               const QVariantList& keyValues) {
-    const RowMatch match = matchRow(keyColumns, keyValues);
+                               const QVariantList& keyValues, const QStringList& checkColumns,
+                               const QVariantList& checkValues) {
+    RowMatch match = matchRow(keyColumns, keyValues);
+    addChecks(match, checkColumns, checkValues);
     const QString sql = QStringLiteral("DELETE FROM ") + quoteName(table) +
                         d->whereOneRow(table, keyColumns, match);
     return d->runCached(sql, match.parameters);

@@ -40,9 +40,12 @@ public:
     QVariant insertRow(const QString& table, const QStringList& columns, const QVariantList& values,
                        const QString& autoIncrementColumn) override;
     qint64 updateRow(const QString& table, const QStringList& columns, const QVariantList& values,
-                     const QStringList& keyColumns, const QVariantList& keyValues) override;
+                     const QStringList& keyColumns, const QVariantList& keyValues,
+                     const QStringList& checkColumns = {},
+                     const QVariantList& checkValues = {}) override;
     qint64 deleteRow(const QString& table, const QStringList& keyColumns,
-                     const QVariantList& keyValues) override;
+                     const QVariantList& keyValues, const QStringList& checkColumns = {},
+                     const QVariantList& checkValues = {}) override;
 
 private:
     struct Private;
