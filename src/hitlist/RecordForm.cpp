@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/recordset/RecordsetErrors.h"
 #include "operations/HitListContext.h"
 #include "operations/Progressbar.h"
 #include "server/LateBinding.h"
@@ -15,6 +16,7 @@
 #include "session/companions/VXDynaForm.h"
 #include "session/companions/VXSecurity.h"
 
+#include <QHash>
 #include <QPointer>
 
 namespace vx {
@@ -66,6 +68,15 @@ QString describe(const std::exception& error) {
     return QString::fromLocal8Bit(error.what());
 }
 
+// Values as stored compare equal: null only with null; numbers across their integer widths.
+bool sameStoredValue(const QVariant& a, const QVariant& b) {
+    const bool aNull = !a.isValid() || a.isNull();
+    const bool bNull = !b.isValid() || b.isNull();
+    if (aNull || bNull)
+        return aNull == bNull;
+    return a == b;
+}
+
 qint32 numberOf(const std::exception& error) {
     if (const auto* known = dynamic_cast<const Error*>(&error))
         return known->number();
@@ -81,6 +92,11 @@ struct RecordForm::Private {
     std::unique_ptr<VXSecurity> security;
     qint32 securityWrittenCount = 0;
     bool securityPending = false;
+    // The group row's form columns (lower case) as stored when the form was filled: a save
+    // finding other values there was overtaken by another user and must not overwrite them.
+    qint32 shownItemId = 0;
+    QHash<QString, QVariant> shownValues;
+    bool shownKnown = false;
 
     Private(HitListContext& context, QObject* keywordsPicker, QObject* usersPicker)
         : hitList(context)
@@ -94,6 +110,9 @@ struct RecordForm::Private {
     }
 
     void fillFields(Recordset& result);
+    Recordset openGroupRow(qint32 itemId) const;
+    void rememberGroupRow(const Recordset& rows, qint32 itemId);
+    void checkNotChangedSinceShown(const Recordset& rows, qint32 itemId) const;
     void fillKeywords(qint32 itemId);
     void fillExcludedUsers(qint32 itemId, RecordForm& owner);
     void waitForSecurityRows(Recordset& rows);
@@ -129,6 +148,13 @@ void RecordForm::UpdateForm() {
             return;
         const qint32 itemId = d->hitList.currentItemId();
         d->fillFields(result);
+        d->shownKnown = false;
+        if (d->hitList.groupId() != 0) {
+            try {
+                d->rememberGroupRow(d->openGroupRow(itemId), itemId);
+            } catch (const Error&) { // then the save has only the engine's check
+            }
+        }
         d->fillKeywords(itemId);
         if (!library().securityTablePresent) {
             d->securityPending = false;
@@ -224,12 +250,16 @@ void RecordForm::SaveData() {
                                          QString::number(itemId));
 }
 
+Recordset RecordForm::Private::openGroupRow(qint32 itemId) const {
+    return openWorkRows(QStringLiteral("select * from ") + hitList.groupTableName() +
+                            QStringLiteral(" where itemid = ") + numberToText(qint64(itemId)),
+                        hitList.connection());
+}
+
 void RecordForm::Private::writeGroupRow(qint32 itemId) {
-    Recordset rows =
-        openWorkRows(QStringLiteral("select * from ") + hitList.groupTableName() +
-                         QStringLiteral(" where itemid = ") + numberToText(qint64(itemId)),
-                     hitList.connection());
+    Recordset rows = openGroupRow(itemId);
     if (rows.supports(CursorOption::Update)) {
+        checkNotChangedSinceShown(rows, itemId);
         VXDynaForm& form = requireForm(hitList);
         for (form.MoveFirstField(); !form.FieldEOF(); form.MoveNextField()) {
             const QString column = form.FieldName();
@@ -260,22 +290,37 @@ void RecordForm::Private::writeGroupRow(qint32 itemId) {
             }
         }
         rows.update();
+        rememberGroupRow(rows, itemId);
     }
     rows.close();
 }
 
-void RecordForm::Private::writeTextColumn(Recordset& rows, const QString& column,
-                                          const QVariant& value) {
-    QString text = trimmedBlanks(value.toString().left(MaxTextLength));
-    const qint32 definedSize = rows.field(column).definedSize();
-    if (definedSize >= 1 && definedSize < text.size()) {
-        ui().messageBox(QStringLiteral("The data in Field ") + column +
-                            QStringLiteral(" will be truncated to ") +
-                            numberToText(qint64(definedSize)),
-                        MessageStyle::OkOnly, QString());
-        text.truncate(definedSize);
+// The row as read for saving against the row as it was when the form was filled. The update
+// itself then matches the values read here, so a change made in between is caught by the engine.
+void RecordForm::Private::checkNotChangedSinceShown(const Recordset& rows, qint32 itemId) const {
+    if (!shownKnown || itemId != shownItemId || rows.eof() || rows.bof())
+        return;
+    for (auto shown = shownValues.cbegin(); shown != shownValues.cend(); ++shown) {
+        const int column = rows.fieldIndex(shown.key());
+        if (column >= 0 && !sameStoredValue(rows.value(column), shown.value()))
+            throw errors::rowNotFoundForUpdate();
     }
-    rows.setValue(column, text);
+}
+
+// The form's columns of the group row: when the form is filled, and after each save (saving
+// again is then no conflict with the form's own save).
+void RecordForm::Private::rememberGroupRow(const Recordset& rows, qint32 itemId) {
+    shownValues.clear();
+    shownItemId = itemId;
+    shownKnown = !rows.eof() && !rows.bof();
+    if (!shownKnown)
+        return;
+    VXDynaForm& form = requireForm(hitList);
+    for (form.MoveFirstField(); !form.FieldEOF(); form.MoveNextField()) {
+        const int column = rows.fieldIndex(form.FieldName());
+        if (column >= 0)
+            shownValues.insert(form.FieldName().toLower(), rows.value(column));
+    }
 }
 
 // False when the keyword rows cannot be rewritten: the save stops there.

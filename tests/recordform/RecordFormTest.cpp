@@ -158,6 +158,43 @@ TEST_F(RecordFormTest, TruncatesTooLongTextWithOneMessage) {
               QStringList{"ABCDEFGHIJKLMNOPQRST"});
 }
 
+TEST_F(RecordFormTest, ASaveAfterAnotherUsersChangeReportsItAndWritesNothingOfTheRow) {
+    showItem(5);
+    // Another user, on a connection of their own, changes the record shown here.
+    Connection other;
+    other.open(sample.connectionText());
+    other.execute("UPDATE Invoices SET InvoiceNo = 'THEIRS' WHERE itemid = 5");
+    const QStringList theirRow =
+        column("SELECT InvoiceNo || '|' || COALESCE(Notes, '') FROM Invoices WHERE itemid = 5");
+
+    setField("Notes", "Mine.");
+    ui().answerMessage(MessageAnswer::Ok);
+    recordForm->SaveData();
+    ASSERT_EQ(ui().prompts().size(), 1);
+    EXPECT_EQ(ui().prompts()[0].text, "Row cannot be located for updating. Some values may have "
+                                      "been changed since it was last read. : -2147217864");
+    EXPECT_EQ(ui().prompts()[0].title, "SaveData");
+    EXPECT_EQ(ui().prompts()[0].style, MessageStyle::OkOnly | MessageStyle::Critical);
+    EXPECT_EQ(column("SELECT InvoiceNo || '|' || COALESCE(Notes, '') FROM Invoices WHERE "
+                     "itemid = 5"),
+              theirRow);
+    EXPECT_TRUE(hitList->audits.isEmpty());
+
+    // Shown again, the other user's values are the ones edited: the save goes through, and a
+    // second save of the same form, shown again or not, is no conflict with the first.
+    hitList->requeryList();
+    showItem(5);
+    setField("Notes", "Mine.");
+    recordForm->SaveData();
+    recordForm->SaveData();
+    recordForm->UpdateForm(); // from the result as queried, before the save
+    setField("Notes", "Mine.");
+    recordForm->SaveData();
+    EXPECT_EQ(ui().prompts().size(), 1);
+    EXPECT_EQ(column("SELECT InvoiceNo || '|' || Notes FROM Invoices WHERE itemid = 5"),
+              QStringList{"THEIRS|Mine."});
+}
+
 TEST_F(RecordFormTest, AnInvalidFormWritesNothingAndRaisesNothing) {
     SpyCompanions spies(SpyCompanions::Security);
     library().securityTablePresent = true;
