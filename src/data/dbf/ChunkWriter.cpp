@@ -1,13 +1,15 @@
 #include "data/dbf/ChunkWriter.h"
 
 #include "data/Error.h"
+#include "data/dbf/FileWrites.h"
 
 #include <QFile>
 
 namespace vx::dbf {
 
-ChunkWriter::ChunkWriter(QFile& file)
-    : m_file(file) {}
+ChunkWriter::ChunkWriter(QFile& file, std::function<void(qint64 end)> afterChunk)
+    : m_file(file)
+    , m_afterChunk(std::move(afterChunk)) {}
 
 ChunkWriter::~ChunkWriter() {
     if (!m_thread.joinable())
@@ -41,6 +43,13 @@ void ChunkWriter::drain() {
     throwFailure();
 }
 
+void ChunkWriter::settle() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_chunks.empty() && !m_writing; });
+    m_failure.clear();
+    m_failed = false;
+}
+
 void ChunkWriter::throwFailure() {
     if (m_failure.isEmpty())
         return;
@@ -57,18 +66,32 @@ void ChunkWriter::run() {
             return;
         Chunk chunk = std::move(m_chunks.front());
         m_chunks.pop_front();
+        const bool skip = m_failed; // after a gap nothing more belongs in the file
         m_writing = true;
         lock.unlock();
-        const bool written =
-            m_file.seek(chunk.position) && m_file.write(chunk.bytes) == chunk.bytes.size();
-        const QString failure = written ? QString()
-                                        : QStringLiteral("Cannot write the file '%1': %2")
-                                              .arg(m_file.fileName(), m_file.errorString());
+        QString failure;
+        if (!skip) {
+            const QString cause =
+                writeFully(m_file, chunk.position, chunk.bytes.constData(), chunk.bytes.size());
+            if (!cause.isEmpty()) {
+                failure =
+                    QStringLiteral("Cannot write the file '%1': %2").arg(m_file.fileName(), cause);
+            } else if (m_afterChunk) {
+                try {
+                    m_afterChunk(chunk.position + chunk.bytes.size());
+                } catch (const Error& error) {
+                    failure = error.description();
+                }
+            }
+        }
         chunk.bytes.resize(0);
         lock.lock();
         m_writing = false;
-        if (m_failure.isEmpty())
-            m_failure = failure;
+        if (!failure.isEmpty()) {
+            m_failed = true;
+            if (m_failure.isEmpty())
+                m_failure = failure;
+        }
         m_spare = std::move(chunk.bytes);
         m_changed.notify_all();
     }

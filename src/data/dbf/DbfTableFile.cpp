@@ -5,12 +5,14 @@
 #include "data/dbf/ChunkWriter.h"
 #include "data/dbf/Cp1252.h"
 #include "data/dbf/DbfValues.h"
+#include "data/dbf/FileWrites.h"
 #include "data/dbf/FptMemoFile.h"
 
 #include <QDate>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -65,9 +67,11 @@ struct DbfTableFile::Private {
     QString path;
     TableLayout layout;
     QFile file;
-    ChunkWriter writer{file}; // after the file: finishes its writes before the file closes
+    // After the file: finishes its writes before the file closes.
+    ChunkWriter writer{file, [this](qint64 end) { markEnd(end); }};
     FptMemoFile memo;
-    quint32 flushedCount = 0; // records on disk
+    quint32 flushedCount = 0; // records handed to the writer
+    quint32 durableCount = 0; // records the header counts
     quint32 pendingCount = 0;
     QByteArray pending;
     QByteArray blankRecord; // blanks, and block 0 in memo fields
@@ -85,20 +89,89 @@ struct DbfTableFile::Private {
     }
 
     void writeAt(qint64 position, const char* bytes, qsizetype size) {
-        if (!file.seek(position) || file.write(bytes, size) != size)
-            throw fileError(file, QStringLiteral("write"));
+        writeOrThrow(file, position, bytes, size, QStringLiteral("table"));
+    }
+
+    qint64 endOf(quint32 records) const {
+        return qint64(layout.headerLength()) + qint64(records) * layout.recordLength();
+    }
+
+    void writeCount(quint32 records) {
+        char count[4];
+        writeMemoBlock(count, records); // the same little-endian 32 bits
+        writeAt(RecordCountOffset, count, 4);
+    }
+
+    // On the writer thread, after records up to `end` are in the file: the mark, then the count.
+    void markEnd(qint64 end) {
+        writeAt(end, &EndOfFile, 1);
+        writeCount(quint32((end - layout.headerLength()) / layout.recordLength()));
     }
 
     // Hands the buffered records to the writer; flush() waits for them.
     void writeTail() {
-        const qint64 end =
-            qint64(layout.headerLength()) + qint64(flushedCount) * layout.recordLength();
         if (!pending.isEmpty()) {
-            pending = writer.submit(end, std::move(pending));
+            // The memos these records point at go first, so no record points past the memo file.
+            if (layout.hasMemo())
+                memo.flush();
+            pending = writer.submit(endOf(flushedCount), std::move(pending));
             reserveBuffer();
         }
         flushedCount += pendingCount;
         pendingCount = 0;
+    }
+
+    bool pointsPastMemos(const char* record, quint32 memoBlocks) const {
+        for (const FieldDescriptor& field : layout.fields()) {
+            if (field.type == 'M' && readMemoBlock(record + field.offset) >= memoBlocks)
+                return true;
+        }
+        return false;
+    }
+
+    // After a failed write: the files are cut back to the whole records (whose memos are whole
+    // too) and their headers rewritten. Best effort; the failure itself is what gets reported.
+    void recover() {
+        const quint32 memoBlocks = layout.hasMemo() ? memo.recover() : 0;
+        writer.settle();
+        // Pieces went out in order with nothing after a failed one: every whole record in the
+        // file was written, including those of a piece the system took only part of.
+        const qint64 whole =
+            std::max<qint64>(0, file.size() - layout.headerLength()) / layout.recordLength();
+        quint32 records = quint32(std::min<qint64>(whole, flushedCount));
+        if (layout.hasMemo()) {
+            QByteArray record(layout.recordLength(), ' ');
+            while (records > 0 && file.seek(endOf(records - 1)) &&
+                   file.read(record.data(), record.size()) == record.size() &&
+                   pointsPastMemos(record.constData(), memoBlocks))
+                --records;
+        }
+        // The mark needs one byte of room: on a full disk, give up records until it fits.
+        for (;;) {
+            file.resize(endOf(records));
+            if (writeFully(file, endOf(records), &EndOfFile, 1).isEmpty() || records == 0)
+                break;
+            --records;
+        }
+        try {
+            writeCount(records);
+        } catch (const Error&) {
+        }
+        pending.clear();
+        reserveBuffer();
+        pendingCount = 0;
+        flushedCount = durableCount = records;
+    }
+
+    // Runs a step that writes; a failure recovers the files before it is reported.
+    template <typename Step>
+    void writing(Step step) {
+        try {
+            step();
+        } catch (const Error&) {
+            recover();
+            throw;
+        }
     }
 };
 
@@ -123,7 +196,8 @@ std::unique_ptr<DbfTableFile> DbfTableFile::create(const QString& path, const Ta
     p.path = path;
     p.layout = layout;
     p.file.setFileName(path);
-    if (!p.file.open(QIODevice::ReadWrite | QIODevice::NewOnly))
+    // Unbuffered: a write the system refuses fails there and then, with its cause.
+    if (!p.file.open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered))
         throw Error(ErrorNumber::Unspecified,
                     QFileInfo::exists(path) ? QStringLiteral("File '%1' already exists.").arg(path)
                                             : QStringLiteral("Cannot create the table '%1': %2")
@@ -134,11 +208,11 @@ std::unique_ptr<DbfTableFile> DbfTableFile::create(const QString& path, const Ta
         p.writeAt(0, start.constData(), start.size());
         if (layout.hasMemo())
             p.memo.create(memoPathFor(path));
-        if (!p.file.flush())
-            throw fileError(p.file, QStringLiteral("write"));
     } catch (...) {
         // Nothing half-made stays behind.
         p.file.remove();
+        if (layout.hasMemo())
+            QFile::remove(memoPathFor(path));
         throw;
     }
     p.prepare();
@@ -150,10 +224,11 @@ std::unique_ptr<DbfTableFile> DbfTableFile::open(const QString& path) {
     Private& p = *table->d;
     p.path = path;
     p.file.setFileName(path);
-    if (!p.file.open(QIODevice::ReadWrite))
+    if (!p.file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
         throw fileError(p.file, QStringLiteral("open"));
     const QByteArray head = p.file.read(32 * 256 + 300);
     p.layout = TableLayout::decodeHeader(head, path, &p.flushedCount);
+    p.durableCount = p.flushedCount;
     if (p.layout.hasMemo())
         p.memo.openExisting(memoPathFor(path));
     p.prepare();
@@ -205,33 +280,39 @@ void DbfTableFile::append(const QList<int>& fields, std::span<const QVariant> va
             (type != QMetaType::QString && value.isNull()))
             continue;
         quint32 block = 0;
-        if (type == QMetaType::QString)
-            block = d->memo.append(QStringView(*static_cast<const QString*>(value.constData())));
-        else
-            block = d->memo.append(QStringView(value.toString()));
+        d->writing([&] {
+            try {
+                if (type == QMetaType::QString)
+                    block = d->memo.append(
+                        QStringView(*static_cast<const QString*>(value.constData())));
+                else
+                    block = d->memo.append(QStringView(value.toString()));
+            } catch (...) {
+                d->pending.truncate(start); // this record is not appended
+                throw;
+            }
+        });
         writeMemoBlock(record + field.offset, block);
     }
     ++d->pendingCount;
     if (d->pending.size() >= pendingLimit)
-        d->writeTail();
+        d->writing([&] { d->writeTail(); });
 }
 
 void DbfTableFile::flush() {
     if (!d->file.isOpen())
         return;
-    d->memo.flush();
-    d->writeTail();
-    d->writer.drain();
-    const qint64 end =
-        qint64(d->layout.headerLength()) + qint64(d->flushedCount) * d->layout.recordLength();
-    d->writeAt(end, &EndOfFile, 1);
-    const QByteArray update = encodeLastUpdate(QDate::currentDate());
-    d->writeAt(LastUpdateOffset, update.constData(), update.size());
-    char count[4];
-    writeMemoBlock(count, d->flushedCount); // the same little-endian 32 bits
-    d->writeAt(RecordCountOffset, count, 4);
-    if (!d->file.flush())
-        throw fileError(d->file, QStringLiteral("write"));
+    // Nothing new since the header was last written (also after a recovered failure).
+    if (d->pendingCount == 0 && d->flushedCount == d->durableCount)
+        return;
+    d->writing([&] {
+        d->writeTail();
+        d->writer.drain();
+        const QByteArray update = encodeLastUpdate(QDate::currentDate());
+        d->writeAt(LastUpdateOffset, update.constData(), update.size());
+        d->markEnd(d->endOf(d->flushedCount));
+        d->durableCount = d->flushedCount;
+    });
 }
 
 void DbfTableFile::close() {

@@ -17,6 +17,12 @@ namespace vx::dbf {
 // appended to. Records are buffered and written in large pieces on a writer thread; flush() writes,
 // the end-of-file mark, the record count and the date of last update, so the files are complete
 // after every flush. Closing flushes.
+//
+// The files stay a valid table at every failure: each piece of records is followed by the
+// end-of-file mark and the record count (memos go to disk before the records that point at
+// them); a failed write cuts both files back to the last whole record and memo, rewrites their
+// headers and then reports the system's cause. The records appended so far that were not
+// written are dropped.
 class DbfTableFile {
 public:
     // Makes new files; throws vx::Error when the table file already exists.

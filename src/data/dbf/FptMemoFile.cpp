@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 #include "data/dbf/Cp1252.h"
+#include "data/dbf/FileWrites.h"
 
 #include <QtEndian>
 #include <cstring>
@@ -32,21 +33,27 @@ QByteArray FptMemoFile::headerBytes() const {
 }
 
 void FptMemoFile::writeAt(qint64 position, const QByteArray& bytes) {
-    if (!m_file.seek(position) || m_file.write(bytes) != bytes.size())
-        throw fileError(m_file, QStringLiteral("write"));
+    writeOrThrow(m_file, position, bytes.constData(), bytes.size(), QStringLiteral("memo file"));
+}
+
+void FptMemoFile::writeNextFree(quint32 block) {
+    char bytes[4];
+    qToBigEndian(block, bytes);
+    writeOrThrow(m_file, 0, bytes, 4, QStringLiteral("memo file"));
 }
 
 void FptMemoFile::create(const QString& path) {
     m_file.setFileName(path);
-    if (!m_file.open(QIODevice::ReadWrite | QIODevice::NewOnly))
+    // Unbuffered: a write the system refuses fails there and then, with its cause.
+    if (!m_file.open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered))
         throw fileError(m_file, QStringLiteral("create"));
-    m_nextBlock = m_flushedBlock = HeaderLength / BlockSize;
+    m_nextBlock = m_flushedBlock = m_durableBlock = HeaderLength / BlockSize;
     writeAt(0, headerBytes());
 }
 
 void FptMemoFile::openExisting(const QString& path) {
     m_file.setFileName(path);
-    if (!m_file.open(QIODevice::ReadWrite))
+    if (!m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
         throw fileError(m_file, QStringLiteral("open"));
     const QByteArray header = m_file.read(8);
     const auto* data = reinterpret_cast<const uchar*>(header.constData());
@@ -55,7 +62,7 @@ void FptMemoFile::openExisting(const QString& path) {
                     QStringLiteral("'%1' is not a memo file with %2-byte blocks.")
                         .arg(path)
                         .arg(BlockSize));
-    m_nextBlock = m_flushedBlock = qFromBigEndian<quint32>(data);
+    m_nextBlock = m_flushedBlock = m_durableBlock = qFromBigEndian<quint32>(data);
 }
 
 template <typename Fill>
@@ -99,8 +106,37 @@ void FptMemoFile::flush() {
     m_writer.drain();
     m_flushedBlock = m_nextBlock;
     writeAt(0, headerBytes().left(8));
-    if (!m_file.flush())
-        throw fileError(m_file, QStringLiteral("write"));
+    m_durableBlock = m_nextBlock;
+}
+
+quint32 FptMemoFile::recover() {
+    if (!m_file.isOpen())
+        return m_durableBlock;
+    m_writer.settle();
+    // Memos went out in order after the last counted one: walk those that are whole on disk.
+    const qint64 size = m_file.size();
+    quint32 block = m_durableBlock;
+    while (block < m_nextBlock && qint64(block) * BlockSize + 8 <= size &&
+           m_file.seek(qint64(block) * BlockSize)) {
+        char header[8];
+        if (m_file.read(header, 8) != 8 || qFromBigEndian<quint32>(header) != textMemo)
+            break;
+        const qint64 blocks =
+            (8 + qint64(qFromBigEndian<quint32>(header + 4)) + BlockSize - 1) / BlockSize;
+        if ((qint64(block) + blocks) * BlockSize > size || block + blocks > m_nextBlock)
+            break;
+        block += quint32(blocks);
+    }
+    m_durableBlock = block;
+    m_pending.clear();
+    m_nextBlock = m_flushedBlock = m_durableBlock;
+    // Shrinking needs no room on the disk; the header is rewritten where it stands.
+    m_file.resize(qint64(m_durableBlock) * BlockSize);
+    try {
+        writeNextFree(m_durableBlock);
+    } catch (const Error&) { // the failure being recovered from is what gets reported
+    }
+    return m_durableBlock;
 }
 
 void FptMemoFile::close() {

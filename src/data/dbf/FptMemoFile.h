@@ -11,6 +11,8 @@ namespace vx::dbf {
 // The memo file beside a table (".fpt"): a 512-byte header holding the next free block and the
 // block size, then each memo in whole 64-byte blocks (type and length big-endian, then the text).
 // New memos are buffered and written in large pieces on a writer thread; flush() waits for them.
+// The header's next free block follows each piece written, so the header always describes the
+// whole memos on disk; after a failed write recover() cuts the file back to them.
 class FptMemoFile {
 public:
     static constexpr int BlockSize = 64;
@@ -27,6 +29,10 @@ public:
     quint32 append(QStringView text);
     void flush();
     void close();
+    // After a failed write: waits for the writer, cuts the file back after the last memo that
+    // is whole on disk, rewrites the header, and returns the next free block (memos at or after
+    // it are gone). Best effort: a failure here leaves the file no worse.
+    quint32 recover();
 
     // A memo's text; empty for block 0. Flushes first.
     QByteArray read(quint32 block);
@@ -36,12 +42,15 @@ private:
     quint32 appendWith(qsizetype length, Fill fill);
     QByteArray headerBytes() const;
     void writeAt(qint64 position, const QByteArray& bytes);
+    void writeNextFree(quint32 block);
 
     QFile m_file;
-    ChunkWriter m_writer{m_file}; // after the file: finishes its writes before the file closes
+    // After the file: finishes its writes before the file closes.
+    ChunkWriter m_writer{m_file, [this](qint64 end) { writeNextFree(quint32(end / BlockSize)); }};
     quint32 m_nextBlock = HeaderLength / BlockSize;
     quint32 m_flushedBlock = HeaderLength / BlockSize; // first block of what is pending
     QByteArray m_pending;
+    quint32 m_durableBlock = HeaderLength / BlockSize; // next free block as the header has it
 };
 
 } // namespace vx::dbf
