@@ -43,6 +43,9 @@ int digits(const char* text, int count) {
 
 qint64 packDateTime(QDate date, QTime time) {
     const qint64 seconds = time.isValid() ? time.msecsSinceStartOfDay() / 1000 : 0;
+    // Every valid date fits in 64 bits of seconds; an invalid one's day number would not.
+    if (!date.isValid())
+        return seconds;
     return date.toJulianDay() * secondsPerDay + seconds;
 }
 

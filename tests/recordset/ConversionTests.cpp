@@ -2,6 +2,7 @@
 #include "data/Field.h"
 
 #include <QLocale>
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace vx;
@@ -143,5 +144,39 @@ TEST(Conversion, DatesFromIsoAndLocaleText) {
         EXPECT_EQ(convertForColumn("15.03.2024", date).toDateTime().date(), QDate(2024, 3, 15));
         EXPECT_EQ(convertForColumn("2,5", column("n", DataType::Integer)),
                   QVariant(2)); // the locale's decimal comma, then half to even
+    }
+}
+
+TEST(Conversion, DatesOutsideTheCalendarOverflowBeforeAnyArithmetic) {
+    const ColumnInfo date = column("d", DataType::Date);
+    const ColumnInfo number = column("n", DataType::Double);
+    const struct {
+        QVariant value;
+        const ColumnInfo& into;
+        qint32 error;
+        const char* date; // when it converts
+    } cases[] = {
+        {1e300, date, ErrorNumber::Overflow, ""},
+        {-9.2e18, date, ErrorNumber::Overflow, ""},
+        {std::nan(""), date, ErrorNumber::Overflow, ""},
+        {2958466.0, date, ErrorNumber::Overflow, ""},
+        {-657435.0, date, ErrorNumber::Overflow, ""},
+        {2958465.5, date, 0, "9999-12-31 12:00:00"},
+        {-657434.0, date, 0, "0100-01-01 00:00:00"},
+        {QDate(10000, 1, 1), date, ErrorNumber::Overflow, ""},
+        {QDate(99, 12, 31), number, ErrorNumber::Overflow, ""},
+        {QDate::fromJulianDay(784354017364), number, ErrorNumber::Overflow, ""},
+        {"0050-06-01", date, ErrorNumber::Overflow, ""},
+        {QDateTime(), date, ErrorNumber::TypeMismatch, ""},
+        {QDate(2024, 2, 29), date, 0, "2024-02-29 00:00:00"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.value.toString().toStdString());
+        EXPECT_EQ(errorOf(c.value, c.into), c.error);
+        if (c.error == 0) {
+            EXPECT_EQ(
+                convertForColumn(c.value, c.into).toDateTime().toString("yyyy-MM-dd HH:mm:ss"),
+                QString::fromLatin1(c.date));
+        }
     }
 }

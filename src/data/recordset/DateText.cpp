@@ -1,6 +1,7 @@
 #include "data/recordset/DateText.h"
 
 #include "data/RowStore.h"
+#include "data/recordset/RecordsetErrors.h"
 
 #include <QStringList>
 #include <cmath>
@@ -9,6 +10,11 @@ namespace vx::datetext {
 namespace {
 
 const QDate serialBase(1899, 12, 30);
+const QDate firstDate(100, 1, 1);
+const QDate lastDate(9999, 12, 31);
+// The day numbers of the first and the day after the last date.
+constexpr double firstSerial = -657434.0;
+constexpr double endSerial = 2958466.0;
 
 // Lets day and month stand with one or two digits, as people type them.
 QString looseDigits(QString format) {
@@ -112,12 +118,19 @@ QString formatGeneralDate(const QDateTime& value, const QLocale& locale) {
     return date + QLatin1Char(' ') + locale.toString(value.time(), timeWithSeconds(locale));
 }
 
+bool inCalendarRange(const QDate& date) {
+    return date.isValid() && date >= firstDate && date <= lastDate;
+}
+
 double toSerial(const QDateTime& value) {
     const double days = double(serialBase.daysTo(value.date()));
     return days + value.time().msecsSinceStartOfDay() / 86400000.0;
 }
 
 QDateTime fromSerial(double serial) {
+    // Checked before any arithmetic: far-off numbers do not fit the integers below.
+    if (!(serial >= firstSerial && serial < endSerial))
+        throw errors::overflow();
     const double days = std::floor(serial);
     const qint64 msecs = qint64(std::llround((serial - days) * 86400000.0));
     const QDate date = serialBase.addDays(qint64(days));

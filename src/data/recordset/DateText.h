@@ -24,8 +24,12 @@ QString formatGeneralDate(const QDateTime& value, const QLocale& locale = QLocal
 // midnight.
 QDateTime wallClock(const QDate& date, const QTime& time = QTime(0, 0));
 
+// The calendar the platform's dates cover: 1 January 100 to 31 December 9999.
+bool inCalendarRange(const QDate& date);
+
 // Dates as the platform's day numbers: days since 1899-12-30, the time as the fraction.
 double toSerial(const QDateTime& value);
+// Throws Overflow (number 6) for a day number outside the calendar, or not a number at all.
 QDateTime fromSerial(double serial);
 
 } // namespace vx::datetext

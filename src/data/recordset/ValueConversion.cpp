@@ -69,16 +69,27 @@ bool parseWhole(const QString& text, qint64& result) {
     return ok;
 }
 
+// A date outside the platform's calendar overflows; an empty one is no date at all.
+QDateTime inCalendar(const QDate& date, const QTime& time) {
+    if (!date.isValid())
+        throw errors::typeMismatch();
+    if (!datetext::inCalendarRange(date))
+        throw errors::overflow();
+    return datetext::wallClock(date, time);
+}
+
 QDateTime dateOf(const QVariant& value) {
     switch (value.metaType().id()) {
     case QMetaType::QDate:
-        return datetext::wallClock(value.toDate());
+        return inCalendar(value.toDate(), QTime(0, 0));
     case QMetaType::QTime:
+        if (!value.toTime().isValid())
+            throw errors::typeMismatch();
         // A time alone is a time on the platform's day zero.
         return datetext::wallClock(QDate(1899, 12, 30), value.toTime());
     default: {
         const QDateTime dateTime = value.toDateTime();
-        return datetext::wallClock(dateTime.date(), dateTime.time());
+        return inCalendar(dateTime.date(), dateTime.time());
     }
     }
 }
@@ -214,7 +225,7 @@ QVariant toDate(const QVariant& value, Input input) {
         const QDateTime parsed = datetext::parse(value.toString());
         if (!parsed.isValid())
             throw errors::typeMismatch();
-        return QVariant(parsed);
+        return QVariant(inCalendar(parsed.date(), parsed.time()));
     }
     default:
         throw errors::typeMismatch();
