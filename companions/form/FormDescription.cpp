@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 #include "session/FormDefinition.h"
+#include "session/XmlShape.h"
 
 #include <QDir>
 #include <QDomDocument>
@@ -34,6 +35,7 @@ FormDescription FormDescription::load(const QString& path) {
 }
 
 FormDescription FormDescription::fromText(const QString& xml, const QString& path) {
+    requireSafeXmlShape(xml, QDir::toNativeSeparators(path));
     QDomDocument document;
     QString message;
     int line = 0;

@@ -1,6 +1,7 @@
 #include "portable/QueryFormRewriter.h"
 
 #include "data/Error.h"
+#include "session/XmlShape.h"
 
 #include <QDomDocument>
 #include <QFile>
@@ -44,10 +45,12 @@ QStringList rewriteQueryForm(const QString& path) {
     if (!file.open(QIODevice::ReadOnly))
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("Cannot read %1: %2").arg(path, file.errorString()));
+    const QByteArray original = file.readAll();
+    requireSafeXmlShape(original, path);
     QDomDocument document;
     QString parseError;
     int line = 0;
-    if (!document.setContent(&file, &parseError, &line))
+    if (!document.setContent(original, &parseError, &line))
         throw Error(ErrorNumber::Unspecified, QStringLiteral("%1 is not a valid form definition "
                                                              "(line %2: %3)")
                                                   .arg(path)

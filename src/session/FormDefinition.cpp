@@ -3,6 +3,7 @@
 #include "data/Error.h"
 #include "session/LibraryState.h"
 #include "session/UiServices.h"
+#include "session/XmlShape.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -18,9 +19,10 @@ QString elementText(const QDomElement& element) {
     return element.text().trimmed();
 }
 
-// Source: a QIODevice* (bytes, the declared encoding honoured) or a QString (text).
+// Source: a QByteArray (bytes, the declared encoding honoured) or a QString (text).
 template <typename Source>
-QDomDocument parse(Source source, const QString& name) {
+QDomDocument parse(const Source& source, const QString& name) {
+    requireSafeXmlShape(source, name);
     QDomDocument document;
     QString message;
     int line = 0;
@@ -44,7 +46,7 @@ QDomDocument parseFile(const QString& path) {
                              path.isEmpty() ? QStringLiteral("no file was named.")
                                             : QStringLiteral("the file does not exist or cannot "
                                                              "be read.")));
-    return parse(static_cast<QIODevice*>(&file), QDir::toNativeSeparators(path));
+    return parse(file.readAll(), QDir::toNativeSeparators(path));
 }
 
 // A parsed file and the element texts asked for so far, by tag.

@@ -86,6 +86,50 @@ TEST(GetControlValuesFromXML, ReportsAnUnreadableFileAndReturnsEmpty) {
     EXPECT_TRUE(env.ui().prompts()[1].text.contains("not well-formed"));
 }
 
+TEST(GetControlValuesFromXML, RefusesHostileDocumentsWithItsMessageInsteadOfCrashing) {
+    const QByteArray control = "<control><columnname>a</columnname><type>EditField</type>"
+                               "</control>";
+    QByteArray laughs = R"(<?xml version="1.0"?><!DOCTYPE f [<!ENTITY l0 "lol">)";
+    for (int i = 1; i < 10; ++i)
+        laughs += "<!ENTITY l" + QByteArray::number(i) + " \"" +
+                  ("&l" + QByteArray::number(i - 1) + ";").repeated(10) + "\">";
+    laughs += "]><controls>" + control + "<x>&l9;</x></controls>";
+    const struct {
+        const char* name;
+        QByteArray xml;
+        const char* says; // empty: the document is read
+    } cases[] = {
+        {"nested far too deep", QByteArray("<a>").repeated(200000), "levels deep"},
+        {"nested just too deep",
+         "<controls>" + control + QByteArray("<b>").repeated(256) +
+             QByteArray("</b>").repeated(256) + "</controls>",
+         "levels deep"},
+        {"nested to the limit",
+         "<controls>" + control + QByteArray("<b>").repeated(254) +
+             QByteArray("</b>").repeated(254) + "</controls>",
+         ""},
+        {"entity bomb", laughs, "declares entities"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        test::TestEnvironment env;
+        library().formDefinitionPath = env.writeFile("hostile.xml", c.xml);
+        clearFormDefinitionCache();
+        env.ui().answerMessage(MessageAnswer::Ok);
+        const QString type = GetControlValuesFromXML("ColumnName", "a", "Type");
+        if (*c.says == 0) {
+            EXPECT_EQ(type, "EditField");
+            EXPECT_TRUE(env.ui().prompts().isEmpty());
+            continue;
+        }
+        EXPECT_EQ(type, "");
+        ASSERT_EQ(env.ui().prompts().size(), 1);
+        EXPECT_EQ(env.ui().prompts()[0].title, "GetControlValuesFromXML");
+        EXPECT_TRUE(env.ui().prompts()[0].text.contains(QLatin1String(c.says)))
+            << env.ui().prompts()[0].text.toStdString();
+    }
+}
+
 TEST(GetControlValuesFromXML, CacheIsDroppedOnRequestAndWhenTheFileChanges) {
     test::TestEnvironment env;
     const QString path = env.writeFile("Invoices.xml", invoiceForm);
