@@ -4,6 +4,7 @@
 #include "data/Driver.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/dialect/SqlLexer.h"
 #include "data/schema/SchemaRowsets.h"
 
 #include <QDir>
@@ -17,6 +18,21 @@ const QString fileNameKey = QStringLiteral("File Name");
 const QString providerKey = QStringLiteral("Provider");
 const QString dataSourceKey = QStringLiteral("Data Source");
 constexpr qint32 objectOpen = qint32(0x800A0E79);
+
+// One statement per call, as record-set opens have it: a second statement after a ";" would let
+// a value spliced into the text run statements of its own.
+void requireOneStatement(const QString& sql) {
+    bool ended = false;
+    for (const dialect::SqlToken& token : dialect::tokenize(sql)) {
+        if (!token.isSignificant())
+            continue;
+        if (token.isSymbol(u";"))
+            ended = true;
+        else if (ended)
+            throw Error(ErrorNumber::SyntaxError,
+                        QStringLiteral("Characters found after end of SQL statement."));
+    }
+}
 
 // The connection text's own keys, completed from the data-link file it names. A file-based
 // data source given relative to the data-link file is made absolute against its folder.
@@ -143,7 +159,9 @@ QString Connection::providerName() const {
 }
 
 qint64 Connection::execute(const QString& sql) {
-    return d->openDriver().execute(sql);
+    Driver& driver = d->openDriver();
+    requireOneStatement(sql);
+    return driver.execute(sql);
 }
 
 void Connection::beginTrans() {

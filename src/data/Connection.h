@@ -32,7 +32,8 @@ public:
     QString connectionText() const;
     QString providerName() const;
 
-    // Runs a statement that returns no rows; returns the rows affected (-1 when unknown).
+    // Runs one statement that returns no rows; returns the rows affected (-1 when unknown).
+    // Text after the statement's ";" is refused (SyntaxError), as record-set opens refuse it.
     qint64 execute(const QString& sql);
 
     void beginTrans();
