@@ -323,6 +323,20 @@ void RecordForm::Private::rememberGroupRow(const Recordset& rows, qint32 itemId)
     }
 }
 
+void RecordForm::Private::writeTextColumn(Recordset& rows, const QString& column,
+                                          const QVariant& value) {
+    QString text = trimmedBlanks(value.toString().left(MaxTextLength));
+    const qint32 definedSize = rows.field(column).definedSize();
+    if (definedSize >= 1 && definedSize < text.size()) {
+        ui().messageBox(QStringLiteral("The data in Field ") + column +
+                            QStringLiteral(" will be truncated to ") +
+                            numberToText(qint64(definedSize)),
+                        MessageStyle::OkOnly, QString());
+        text.truncate(definedSize);
+    }
+    rows.setValue(column, text);
+}
+
 // False when the keyword rows cannot be rewritten: the save stops there.
 bool RecordForm::Private::writeKeywordRows(qint32 itemId) {
     Recordset rows = openWorkRows(QStringLiteral("select * from keywords where itemid = ") +

@@ -143,8 +143,9 @@ TEST(FullDisk, AnExportThatRunsOutOfRoomLeavesTheWholeRecordsWrittenAsAValidTabl
             const QVariantList row = rowFor(int(r + 1), shape.memo);
             ASSERT_EQ(record[u"itemid"_s].toInt(), r + 1);
             EXPECT_EQ(record[u"name"_s].toString(), row[1].toString());
-            if (shape.memo)
+            if (shape.memo) {
                 EXPECT_EQ(record[u"notes"_s].toString(), row[3].toString()) << "record " << r;
+            }
         }
     }
 }
