@@ -67,6 +67,8 @@ public:
     Recordset versions;
     QString query;
     bool sessionOpen = false;
+    // Init could not open the repository and said so; what needs it then ends quietly.
+    bool openFailed = false;
 
     qint32 itemId = 0;          // the current item id
     bool currentValid = false;  // a row has been made current

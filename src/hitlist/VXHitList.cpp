@@ -193,7 +193,7 @@ void VXHitList::setGroupInitString(const QString& path) {
 }
 
 void VXHitList::setInit(const QString& initFilePath) {
-    guarded<bool>(QStringLiteral("Initilizing Hitlist"), false, [&] {
+    const bool started = guarded<bool>(QStringLiteral("Initilizing Hitlist"), false, [&] {
         HitListSession& session = d->session;
         Connection connection = openGroupConnection(initFilePath);
         if (session.session.isOpen() && session.sessionOpen)
@@ -225,6 +225,7 @@ void VXHitList::setInit(const QString& initFilePath) {
         layoutControl();
         return true;
     });
+    d->session.openFailed = !started && !d->session.session.isOpen();
 }
 
 void VXHitList::setUserPermission(qint32 permission) {
@@ -280,6 +281,9 @@ void VXHitList::setRecordset(const vx::Recordset& recordset) {
 void VXHitList::setDoQuery(const QString& query) {
     HitListSession& session = d->session;
     HitListParts& parts = d->parts;
+    // Init has told why the repository cannot be used; a second message would only confuse.
+    if (session.openFailed)
+        return;
     guarded<bool>(
         QStringLiteral("Results"), false,
         [&] {

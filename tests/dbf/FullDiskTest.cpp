@@ -92,7 +92,7 @@ TEST(FullDisk, AnExportThatRunsOutOfRoomLeavesTheWholeRecordsWrittenAsAValidTabl
     };
     for (const Shape& shape : shapes) {
         SCOPED_TRACE(shape.name);
-        SmallDisk disk(96 * 1024);
+        SmallDisk disk(1024 * 1024);
         ASSERT_TRUE(disk.isReady());
         QString failure;
         int appended = 0;

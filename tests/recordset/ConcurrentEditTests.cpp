@@ -143,12 +143,12 @@ TEST_P(TwoUsers, TheConflictCarriesThePlatformText) {
 }
 
 TEST_P(TwoUsers, ABatchReportsTheConflictingRowAndKeepsTheRestPending) {
+    Recordset ours = openWords(second, LockType::BatchOptimistic); // read before their save
     Recordset theirs = openWords(first);
     theirs.moveLast(); // fig
     theirs.setValue("notes", "dried");
     theirs.update();
 
-    Recordset ours = openWords(second, LockType::BatchOptimistic);
     ours.setValue("word", "pearl"); // row 1: nobody else touched it
     ours.moveNext();
     ours.setValue("notes", "fresh"); // row 2: changed meanwhile
