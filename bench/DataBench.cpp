@@ -11,6 +11,7 @@
 #include "PostgresBench.h"
 #include "data/Connection.h"
 #include "data/ConnectionProperties.h"
+#include "data/DataType.h"
 #include "data/Driver.h"
 #include "data/Error.h"
 #include "data/Recordset.h"

@@ -1,8 +1,9 @@
 #include "ControlCollection.h"
 
 #include "ControlWidgetInterface.h"
-#include "companions/DefaultCompanions.h"
-#include "server/ControlFactory.h"
+
+#include <VXUILib/ControlFactory.h>
+#include <VXUILib/DefaultCompanions.h>
 
 namespace vx::designer {
 
@@ -13,21 +14,19 @@ ControlCollection::ControlCollection(QObject* parent)
     registerLibraryControls();
     struct Entry {
         const char* shortName;
-        const char* folder;
         const char* toolTip;
     };
     static constexpr Entry entries[] = {
-        {"VXIndex", "index", "Index form, keywords, dictionary and hint lists of a new document"},
-        {"VXQuery", "query", "Search form of a group with its keyword picker"},
-        {"VXFavourites", "query", "A user's saved queries of a group"},
-        {"VXHitList", "hitlist", "Search results with record form and document commands"},
-        {"VXKeywords", "pickers", "Keyword picker: available and chosen keywords"},
-        {"VXDocSec", "pickers", "User picker for document security"},
-        {"VXDictionary", "pickers", "Dictionary editor"},
+        {"VXIndex", "Index form, keywords, dictionary and hint lists of a new document"},
+        {"VXQuery", "Search form of a group with its keyword picker"},
+        {"VXFavourites", "A user's saved queries of a group"},
+        {"VXHitList", "Search results with record form and document commands"},
+        {"VXKeywords", "Keyword picker: available and chosen keywords"},
+        {"VXDocSec", "User picker for document security"},
+        {"VXDictionary", "Dictionary editor"},
     };
     for (const Entry& entry : entries)
         m_widgets << new ControlWidgetInterface(QString::fromLatin1(entry.shortName),
-                                                QString::fromLatin1(entry.folder),
                                                 QString::fromLatin1(entry.toolTip), this);
 }
 

@@ -8,7 +8,9 @@ namespace vx::designer {
 // The library's seven controls for Qt Designer, in the widget box group "VXUILib".
 class ControlCollection : public QObject, public QDesignerCustomWidgetCollectionInterface {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "org.qt-project.Qt.QDesignerCustomWidgetCollectionInterface")
+    // Tools that read plugin metadata (qtplugininfo) want an object here, even an empty one.
+    Q_PLUGIN_METADATA(IID "org.qt-project.Qt.QDesignerCustomWidgetCollectionInterface" FILE
+                          "vxuilibdesigner.json")
     Q_INTERFACES(QDesignerCustomWidgetCollectionInterface)
 
 public:

@@ -8,11 +8,10 @@
 
 namespace vx::designer {
 
-ControlWidgetInterface::ControlWidgetInterface(const QString& shortName, const QString& folder,
-                                               const QString& toolTip, QObject* parent)
+ControlWidgetInterface::ControlWidgetInterface(const QString& shortName, const QString& toolTip,
+                                               QObject* parent)
     : QObject(parent)
     , m_shortName(shortName)
-    , m_folder(folder)
     , m_toolTip(toolTip) {}
 
 QString ControlWidgetInterface::name() const {
@@ -32,7 +31,7 @@ QString ControlWidgetInterface::whatsThis() const {
 }
 
 QString ControlWidgetInterface::includeFile() const {
-    return m_folder + u'/' + m_shortName + QStringLiteral(".h");
+    return QStringLiteral("VXUILib/") + m_shortName + QStringLiteral(".h");
 }
 
 QIcon ControlWidgetInterface::icon() const {

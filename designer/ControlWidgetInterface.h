@@ -12,9 +12,8 @@ class ControlWidgetInterface : public QObject, public QDesignerCustomWidgetInter
     Q_INTERFACES(QDesignerCustomWidgetInterface)
 
 public:
-    // shortName "VXIndex", folder "index" (where the control's header lives under include/).
-    ControlWidgetInterface(const QString& shortName, const QString& folder, const QString& toolTip,
-                           QObject* parent);
+    // shortName "VXIndex"; forms include the control as <VXUILib/VXIndex.h>.
+    ControlWidgetInterface(const QString& shortName, const QString& toolTip, QObject* parent);
 
     QString name() const override;
     QString group() const override;
@@ -30,7 +29,6 @@ public:
 
 private:
     QString m_shortName;
-    QString m_folder;
     QString m_toolTip;
     bool m_initialized = false;
 };

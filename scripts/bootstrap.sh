@@ -9,6 +9,7 @@ packages=(
   libpq-dev postgresql
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth python3 python3-dbfread
+  doxygen dpkg-dev file
 )
 missing=()
 for p in "${packages[@]}"; do

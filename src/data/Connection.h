@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <VXUILib/vxdata_export.h>
 #include <memory>
 
 namespace vx {
@@ -14,7 +15,7 @@ enum class SchemaKind { Tables = 20, ProviderTypes = 22 };
 
 // A connection to a repository. Copies share one session, as references to the platform's
 // connection object do; the session closes when the last copy and record set let go.
-class Connection {
+class VXDATA_EXPORT Connection {
 public:
     Connection();
     ~Connection();
@@ -58,7 +59,7 @@ private:
 };
 
 // Rolls back in its destructor unless committed.
-class Transaction {
+class VXDATA_EXPORT Transaction {
 public:
     explicit Transaction(Connection connection);
     ~Transaction();

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QtGlobal>
+#include <VXUILib/vxdata_export.h>
 #include <exception>
 #include <string>
 
@@ -37,7 +38,7 @@ enum class Conflict {
 
 // The one exception type of the layers: a number and a description, like the platform's error
 // object. Controls catch it at each public operation and show the description.
-class Error : public std::exception {
+class VXDATA_EXPORT Error : public std::exception {
 public:
     Error(qint32 number, QString description, QString source = {});
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "data/ColumnInfo.h"
-
 #include <QVariant>
+#include <VXUILib/ColumnInfo.h>
+#include <VXUILib/vxdata_export.h>
 #include <memory>
 
 namespace vx {
@@ -14,7 +14,7 @@ struct RecordsetData;
 
 // One column of a record set at its current row; a light view that reads through the record set.
 // It shares the record set's cursor, so it stays valid after the handle it came from is gone.
-class Field {
+class VXDATA_EXPORT Field {
 public:
     Field(const Recordset& recordset, int index);
 
@@ -39,6 +39,6 @@ private:
 };
 
 // Converts a value to what a column of the given type holds; throws as Field::setValue.
-QVariant convertForColumn(const QVariant& value, const ColumnInfo& column);
+VXDATA_EXPORT QVariant convertForColumn(const QVariant& value, const ColumnInfo& column);
 
 } // namespace vx

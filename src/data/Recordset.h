@@ -1,9 +1,9 @@
 #pragma once
 
-#include "data/Connection.h"
-#include "data/Field.h"
-
 #include <QVariant>
+#include <VXUILib/Connection.h>
+#include <VXUILib/Field.h>
+#include <VXUILib/vxdata_export.h>
 #include <functional>
 #include <memory>
 
@@ -43,7 +43,7 @@ struct RecordsetChange {
 // one cursor. Positions are 0-based in the current order; bookmarks stay with their row across
 // sorts and requeries of unchanged rows. With optimistic locking an edit is written back to the
 // base table by Update (or on moving away); with batch locking, by UpdateBatch.
-class Recordset {
+class VXDATA_EXPORT Recordset {
 public:
     Recordset();
     ~Recordset();

@@ -1,5 +1,6 @@
 #include "data/RowStore.h"
 
+#include "data/DataType.h"
 #include "data/Error.h"
 
 #include <cstring>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "data/Recordset.h"
-
 #include <QString>
 #include <QVariantList>
 #include <QWidget>
+#include <VXUILib/Recordset.h>
+#include <VXUILib/vxuilib_export.h>
 #include <memory>
 
 namespace vx {
@@ -17,7 +17,7 @@ namespace vx {
 // boundary are QVariantLists of item ids (ints): SelectedItems and the colID argument of
 // RecordAuditTrail, which a host connects to by name as
 // SIGNAL(RecordAuditTrail(QString&,QVariantList&,QString&)).
-class VXHitList : public QWidget {
+class VXUILIB_EXPORT VXHitList : public QWidget {
     Q_OBJECT
     Q_CLASSINFO("ClassName", "VXUILib.VXHitList")
     // clang-format off

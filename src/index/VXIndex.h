@@ -3,6 +3,7 @@
 #include <QString>
 #include <QVariantList>
 #include <QWidget>
+#include <VXUILib/vxuilib_export.h>
 #include <memory>
 
 namespace vx {
@@ -10,7 +11,7 @@ namespace vx {
 // The data-entry control for indexing a new document of a group: the group's index form, the
 // keyword picker, the dictionary editor and the hint-list editor on four tabs, and the two ways
 // of filing the entries (through the indexing API, or straight into the repository).
-class VXIndex : public QWidget {
+class VXUILIB_EXPORT VXIndex : public QWidget {
     Q_OBJECT
     Q_CLASSINFO("ClassName", "VXUILib.VXIndex")
     Q_CLASSINFO("Interface",

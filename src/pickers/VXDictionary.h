@@ -2,13 +2,14 @@
 
 #include <QString>
 #include <QWidget>
+#include <VXUILib/vxuilib_export.h>
 #include <memory>
 
 namespace vx {
 
 // The editor of a group's word list: one editable grid over the dictionary table. Every change
 // made in the grid goes straight to the table.
-class VXDictionary : public QWidget {
+class VXUILIB_EXPORT VXDictionary : public QWidget {
     Q_OBJECT
     Q_CLASSINFO("ClassName", "VXUILib.VXDictionary")
     Q_CLASSINFO("Interface", "Init;Done")

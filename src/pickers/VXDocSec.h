@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QWidget>
+#include <VXUILib/vxuilib_export.h>
 
 // The C library's end-of-file macro would otherwise replace the property name while moc reads
 // this header; the compiler proper never sees this.
@@ -15,7 +16,7 @@ class TwoListPicker;
 
 // A two-list picker over the group's users, collecting the users kept from a document.
 // Owners fill and read the picked list through the cursor members.
-class VXDocSec : public QWidget {
+class VXUILIB_EXPORT VXDocSec : public QWidget {
     Q_OBJECT
     Q_CLASSINFO("ClassName", "VXUILib.VXDocSec")
     Q_CLASSINFO("Interface",

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QWidget>
+#include <VXUILib/vxuilib_export.h>
 
 // The C library's end-of-file macro would otherwise replace the property name while moc reads
 // this header; the compiler proper never sees this.
@@ -15,7 +16,7 @@ class TwoListPicker;
 
 // A two-list picker over the group's dictionary words, collecting a document's keywords.
 // Owners fill and read the picked list through the cursor members.
-class VXKeywords : public QWidget {
+class VXUILIB_EXPORT VXKeywords : public QWidget {
     Q_OBJECT
     Q_CLASSINFO("ClassName", "VXUILib.VXKeywords")
     Q_CLASSINFO("Interface",

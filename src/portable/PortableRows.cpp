@@ -1,5 +1,6 @@
 #include "portable/PortableRows.h"
 
+#include "data/DataType.h"
 #include "data/Error.h"
 #include "data/Field.h"
 #include "data/RowAppender.h"

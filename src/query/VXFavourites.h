@@ -3,6 +3,7 @@
 #include <QString>
 #include <QVariant>
 #include <QWidget>
+#include <VXUILib/vxuilib_export.h>
 #include <functional>
 #include <memory>
 
@@ -11,7 +12,7 @@ namespace vx {
 // A user's saved queries of one group, shown as a list. They live in memory while the group is
 // open and go to the per-user settings (section = group name) when it is closed by Done or
 // replaced by another group's Init.
-class VXFavourites : public QWidget {
+class VXUILIB_EXPORT VXFavourites : public QWidget {
     Q_OBJECT
     Q_CLASSINFO("ClassName", "VXUILib.VXFavourites")
     Q_CLASSINFO("Interface", "Init;AddItem;RemoveItem;Done")

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "data/Recordset.h"
-
 #include <QString>
 #include <QWidget>
+#include <VXUILib/Recordset.h>
+#include <VXUILib/vxuilib_export.h>
 #include <memory>
 
 namespace vx {
@@ -11,7 +11,7 @@ namespace vx {
 // The search form of a group: the group's query form on one tab, a keyword picker on the other.
 // It builds the query text the host hands to the hit list and applies criteria another program
 // left in the query hand-over file.
-class VXQuery : public QWidget {
+class VXUILIB_EXPORT VXQuery : public QWidget {
     Q_OBJECT
     Q_CLASSINFO("ClassName", "VXUILib.VXQuery")
     Q_CLASSINFO("Interface", "Refresh;GroupName;QueryString;UserID;QueryResult;MethodInitString;"

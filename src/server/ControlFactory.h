@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QStringList>
-
+#include <VXUILib/vxuilib_export.h>
 #include <functional>
 
 class QWidget;
@@ -11,7 +11,7 @@ namespace vx {
 
 // Creates the library's controls by class name ("VXUILib.VXKeywords" ...), as hosts and the
 // controls themselves do for their children. One registration point for everyone.
-class ControlFactory {
+class VXUILIB_EXPORT ControlFactory {
 public:
     using Creator = std::function<QWidget*(QWidget* parent)>;
 
@@ -33,6 +33,6 @@ public:
 
 // Registers the library's seven controls; idempotent. Hosts call it once before creating
 // controls by name (the library calls it itself for its children).
-void registerLibraryControls();
+VXUILIB_EXPORT void registerLibraryControls();
 
 } // namespace vx

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QString>
 #include <QVariant>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -10,13 +11,13 @@ namespace vx {
 // vx::Error: ErrorNumber::TypeMismatch ("Type mismatch") or ErrorNumber::Overflow ("Overflow").
 
 // "true"/"false" in any case, or a number (non-zero is true).
-bool textToBoolean(const QString& text);
+VXUILIB_EXPORT bool textToBoolean(const QString& text);
 // Rounds halves to even (2.5 -> 2, 3.5 -> 4, -2.5 -> -2); text is read as a number first.
-qint32 toInt32(const QVariant& value);
+VXUILIB_EXPORT qint32 toInt32(const QVariant& value);
 qint16 toInt16(const QVariant& value);
-double toDouble(const QVariant& value);
+VXUILIB_EXPORT double toDouble(const QVariant& value);
 // By the user's short date format, then ISO and a few common forms.
-QDateTime textToDate(const QString& text);
+VXUILIB_EXPORT QDateTime textToDate(const QString& text);
 
 // A blank before non-negative numbers: " 42", "-7", " 2.5".
 QString numberToText(qint64 number);

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 #include <memory>
 #include <utility>
 
@@ -19,7 +20,7 @@ void clearFormDefinitionCache();
 
 // One control element of a form definition (the "//controls/control" elements), its child
 // elements' texts; a missing child gives an empty text.
-struct FormControl {
+struct VXUILIB_EXPORT FormControl {
     QString type;
     QString caption;
     QString columnName;
@@ -39,7 +40,7 @@ struct FormControl {
 };
 
 // A parsed form-definition file, walked control by control in document order.
-class FormDefinition {
+class VXUILIB_EXPORT FormDefinition {
 public:
     FormDefinition();
     ~FormDefinition();

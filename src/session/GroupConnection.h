@@ -3,6 +3,7 @@
 #include "data/Connection.h"
 
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -12,6 +13,6 @@ namespace vx {
 QString groupConnectionText(const QString& initFilePath);
 
 // A new connection opened with that text, empty user and password. Throws vx::Error on failure.
-Connection openGroupConnection(const QString& initFilePath);
+VXUILIB_EXPORT Connection openGroupConnection(const QString& initFilePath);
 
 } // namespace vx

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -9,8 +10,9 @@ namespace vx {
 // without regard to case, the value trimmed and stripped of one pair of surrounding quotes, lines
 // starting with ';' ignored, the default for a missing file, section or key, and the result cut
 // to bufferSize - 1 characters.
-QString readPrivateProfileString(const QString& file, const QString& section, const QString& key,
-                                 const QString& defaultValue, int bufferSize = 260);
+VXUILIB_EXPORT QString readPrivateProfileString(const QString& file, const QString& section,
+                                                const QString& key, const QString& defaultValue,
+                                                int bufferSize = 260);
 
 // The keys of a section in file order (empty when the file or section is missing).
 QStringList privateProfileKeys(const QString& file, const QString& section);

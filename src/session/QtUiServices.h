@@ -1,11 +1,12 @@
 #pragma once
 
-#include "session/UiServices.h"
+#include <VXUILib/UiServices.h>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
 // The services a real user sees: Qt's standard dialogs and the desktop's programs.
-class QtUiServices : public UiServices {
+class VXUILIB_EXPORT QtUiServices : public UiServices {
 public:
     MessageAnswer messageBox(const QString& text, int style, const QString& title) override;
     std::optional<QString> inputBox(const QString& prompt, const QString& title,

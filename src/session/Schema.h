@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -25,9 +26,9 @@ enum class FieldType { Memo, Edit, Numeric, Check, Combo, List, Date, Unknown };
 // "MemoField", "EditField" ...; an empty text for Unknown.
 QString fieldTypeName(FieldType type);
 // Exact, case-sensitive: "memofield" or "Not Found" give Unknown.
-FieldType fieldTypeFromName(const QString& name);
+VXUILIB_EXPORT FieldType fieldTypeFromName(const QString& name);
 
 // The pick-list table of a field: group + column + "Hints", without separators.
-QString hintTableName(const QString& group, const QString& column);
+VXUILIB_EXPORT QString hintTableName(const QString& group, const QString& column);
 
 } // namespace vx

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -12,6 +13,6 @@ QString handOverFolder();
 // A hand-over file by its name ("~znindex", "~znfind").
 QString handOverFilePath(const QString& name);
 // The catalog of libraries: one section per library, one key per group naming its init file.
-QString libraryCatalogPath();
+VXUILIB_EXPORT QString libraryCatalogPath();
 
 } // namespace vx

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QString>
-
+#include <VXUILib/vxuilib_export.h>
 #include <memory>
 #include <optional>
 
@@ -27,15 +27,19 @@ inline constexpr int DefaultButton3 = 512;
 inline constexpr int SystemModal = 4096;
 inline constexpr int Foreground = 65536;
 
-inline constexpr int buttonsOf(int style) { return style & 0x7; }
-inline constexpr int iconOf(int style) { return style & 0x70; }
+inline constexpr int buttonsOf(int style) {
+    return style & 0x7;
+}
+inline constexpr int iconOf(int style) {
+    return style & 0x70;
+}
 } // namespace MessageStyle
 
 enum class MessageAnswer { Ok = 1, Cancel = 2, Abort = 3, Retry = 4, Ignore = 5, Yes = 6, No = 7 };
 
 // Everything that asks or tells the user goes through here, so hosts and tests can answer.
 // The default implementation uses Qt dialogs; tests install a scripted one.
-class UiServices {
+class VXUILIB_EXPORT UiServices {
 public:
     virtual ~UiServices() = default;
 
@@ -54,9 +58,9 @@ public:
 };
 
 // The services of the calling thread: the Qt dialogs unless something else was installed.
-UiServices& ui();
+VXUILIB_EXPORT UiServices& ui();
 // Installs services for the calling thread; returns the previous ones (null for the default).
-std::unique_ptr<UiServices> installUiServices(std::unique_ptr<UiServices> services);
+VXUILIB_EXPORT std::unique_ptr<UiServices> installUiServices(std::unique_ptr<UiServices> services);
 
 // Shows the busy cursor for its lifetime.
 class BusyCursor {

@@ -1,4 +1,5 @@
 #include "ScratchDatabase.h"
+#include "data/DataType.h"
 
 #include <gtest/gtest.h>
 

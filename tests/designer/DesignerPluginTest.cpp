@@ -1,3 +1,5 @@
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QPluginLoader>
 #include <QWidget>
 #include <gtest/gtest.h>
@@ -13,6 +15,9 @@ TEST(DesignerPlugin, LoadsAndOffersTheSevenControlsInTheLibraryGroup) {
     GTEST_SKIP() << "built without the Designer plugin";
 #else
     QPluginLoader loader(QStringLiteral(VX_DESIGNER_PLUGIN));
+    // Plugin tools reject metadata whose user part is missing or not an object.
+    EXPECT_TRUE(loader.metaData().value(QStringLiteral("MetaData")).isObject())
+        << QJsonDocument(loader.metaData()).toJson().toStdString();
     QObject* instance = loader.instance();
     ASSERT_NE(instance, nullptr) << loader.errorString().toStdString();
     auto* collection = qobject_cast<QDesignerCustomWidgetCollectionInterface*>(instance);
@@ -33,7 +38,9 @@ TEST(DesignerPlugin, LoadsAndOffersTheSevenControlsInTheLibraryGroup) {
         EXPECT_EQ(widget->group(), "VXUILib");
         EXPECT_FALSE(widget->isContainer());
         const QString shortName = widget->name().section(QStringLiteral("::"), 1);
-        EXPECT_TRUE(widget->includeFile().endsWith(u'/' + shortName + QStringLiteral(".h")));
+        // Forms built with the plugin include the installed header.
+        EXPECT_EQ(widget->includeFile(),
+                  QStringLiteral("VXUILib/") + shortName + QStringLiteral(".h"));
         EXPECT_TRUE(widget->domXml().contains(QStringLiteral("class=\"%1\"").arg(widget->name())));
         // The real control, not the placeholder shown when a class is not registered.
         QWidget* created = widget->createWidget(&parent);

@@ -1,5 +1,6 @@
 #include "data/model/RecordsetModel.h"
 
+#include "data/DataType.h"
 #include "data/Error.h"
 #include "data/recordset/DateText.h"
 

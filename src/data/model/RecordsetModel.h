@@ -3,6 +3,7 @@
 #include "data/Recordset.h"
 
 #include <QAbstractTableModel>
+#include <VXUILib/vxdata_export.h>
 #include <memory>
 
 namespace vx {
@@ -13,7 +14,8 @@ class Error;
 // set's current order, one column per field. Cells are read from the record set one value at a
 // time; edits, added and removed rows go through the record set (and so to the base table).
 // Failures come back as a false result plus errorOccurred with the error's description.
-class RecordsetModel : public QAbstractTableModel {
+// Exported for the controls' library; hosts never see it.
+class VXDATA_EXPORT RecordsetModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:

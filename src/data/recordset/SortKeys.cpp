@@ -1,5 +1,6 @@
 #include "data/recordset/SortKeys.h"
 
+#include "data/DataType.h"
 #include "data/RowStore.h"
 
 #include <QString>

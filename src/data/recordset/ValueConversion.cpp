@@ -1,4 +1,5 @@
 // Assignment conversions of record set fields, after the platform's variant coercion rules.
+#include "data/DataType.h"
 #include "data/Field.h"
 #include "data/recordset/DateText.h"
 #include "data/recordset/RecordsetErrors.h"

@@ -1,5 +1,6 @@
 #include "data/recordset/ValueFinder.h"
 
+#include "data/DataType.h"
 #include "data/Error.h"
 #include "data/Field.h"
 #include "data/RowStore.h"

@@ -3,6 +3,7 @@
 #include "data/ColumnInfo.h"
 
 #include <QVariantList>
+#include <VXUILib/vxdata_export.h>
 #include <vector>
 
 namespace vx {
@@ -51,6 +52,6 @@ private:
 };
 
 // The value as the engine stores it: Yes/No as -1 and 0.
-QVariant storedValue(const QVariant& value, const ColumnInfo& column);
+VXDATA_EXPORT QVariant storedValue(const QVariant& value, const ColumnInfo& column);
 
 } // namespace vx

@@ -1,5 +1,6 @@
 #include "data/sqlite/SqliteResultReader.h"
 
+#include "data/DataType.h"
 #include "data/dialect/SqlLexer.h"
 #include "data/sqlite/SqliteSupport.h"
 #include "data/sqlite/SqliteTableKeys.h"

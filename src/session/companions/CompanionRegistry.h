@@ -1,10 +1,10 @@
 #pragma once
 
-#include "data/Error.h"
-
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <VXUILib/Error.h>
+#include <VXUILib/vxuilib_export.h>
 #include <functional>
 #include <memory>
 
@@ -30,14 +30,14 @@ using CompanionFactory = std::function<std::unique_ptr<QObject>()>;
 
 // Registers the implementation behind a class name, replacing any earlier one. Class names are
 // matched without regard to case. An empty factory removes the name.
-void registerCompanion(const QString& className, CompanionFactory factory);
+VXUILIB_EXPORT void registerCompanion(const QString& className, CompanionFactory factory);
 // The factory registered under a name; empty when none (lets a caller restore it later).
-CompanionFactory companionFactory(const QString& className);
-QStringList registeredCompanions();
+VXUILIB_EXPORT CompanionFactory companionFactory(const QString& className);
+VXUILIB_EXPORT QStringList registeredCompanions();
 
 // A new object of the registered class; throws vx::Error naming the class when none is
 // registered or the factory made nothing.
-std::unique_ptr<QObject> createCompanion(const QString& className);
+VXUILIB_EXPORT std::unique_ptr<QObject> createCompanion(const QString& className);
 
 // The same, checked to implement T; throws vx::Error when it does not.
 template <class T>
@@ -51,11 +51,11 @@ std::unique_ptr<T> createCompanion(const QString& className) {
 }
 
 // The dynamic form, created as the child named "Group" of `parent` (which owns it).
-VXDynaForm* createDynaForm(QWidget* parent);
+VXUILIB_EXPORT VXDynaForm* createDynaForm(QWidget* parent);
 
 // Registers a factory for its lifetime and restores what was registered before (tests, hosts
 // that swap an implementation for one window).
-class CompanionOverride {
+class VXUILIB_EXPORT CompanionOverride {
 public:
     CompanionOverride(const QString& className, CompanionFactory factory);
     ~CompanionOverride();

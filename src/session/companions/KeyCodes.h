@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtGlobal>
+#include <VXUILib/vxuilib_export.h>
 
 class QKeyEvent;
 
@@ -8,8 +9,8 @@ namespace vx {
 
 // Key-down events carry the platform's virtual key codes (Enter 13, Escape 27, Delete 46, 'A'
 // 65 ...) and a shift state of bits 1 Shift, 2 Ctrl, 4 Alt, as hosts of the controls expect.
-qint16 platformKeyCode(const QKeyEvent& event);
-qint16 platformShiftState(const QKeyEvent& event);
+VXUILIB_EXPORT qint16 platformKeyCode(const QKeyEvent& event);
+VXUILIB_EXPORT qint16 platformShiftState(const QKeyEvent& event);
 
 namespace KeyCode {
 inline constexpr qint16 Back = 8;

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QtGlobal>
+#include <VXUILib/vxuilib_export.h>
 
 class QWidget;
 
@@ -15,10 +16,10 @@ inline constexpr int VolumeLabelSize = 11;
 // Asks the user for a folder (through vx::ui()); writes the chosen folder, cut to 259
 // characters, into `buffer` and returns its length. 0 when the user cancels; the buffer is then
 // left as it was.
-qint16 KTBrowsePath(QWidget* owner, QString& buffer, const QString& title);
+VXUILIB_EXPORT qint16 KTBrowsePath(QWidget* owner, QString& buffer, const QString& title);
 
 // Writes the name of the volume holding `path` (cut to 11 characters) into `label` and returns
 // its length; an empty label and 0 when the volume has no name or the path is on none.
-qint16 KTVolumeLabel(QString& label, const QString& path);
+VXUILIB_EXPORT qint16 KTVolumeLabel(QString& label, const QString& path);
 
 } // namespace vx

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "data/Recordset.h"
-
 #include <QString>
 #include <QVariant>
 #include <QWidget>
+#include <VXUILib/Recordset.h>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -12,7 +12,7 @@ namespace vx {
 // It builds a group's index form from a form-definition file and offers a cursor over the
 // fields (form order) and, for a list field, a cursor over its entries. The member names are
 // the names controls and hosts bind to late, so they keep their original spelling.
-class VXDynaForm : public QWidget {
+class VXUILIB_EXPORT VXDynaForm : public QWidget {
     Q_OBJECT
     // Members called by dispatch number keep these numbers.
     // clang-format off

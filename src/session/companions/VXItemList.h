@@ -3,11 +3,12 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
 // An ordered list of texts handed to the indexing API ("VXIntegrate.VXItemList").
-class VXItemList : public QObject {
+class VXUILIB_EXPORT VXItemList : public QObject {
     Q_OBJECT
     // clang-format off
     Q_CLASSINFO("ClassName", "VXIntegrate.VXItemList")

@@ -2,11 +2,12 @@
 
 #include <QObject>
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
 // The query parser ("VXQueryParser.VXSQLQuery").
-class VXSQLQuery : public QObject {
+class VXUILIB_EXPORT VXSQLQuery : public QObject {
     Q_OBJECT
     // clang-format off
     Q_CLASSINFO("ClassName", "VXQueryParser.VXSQLQuery")

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <QVariant>
+#include <VXUILib/vxuilib_export.h>
 #include <memory>
 
 class QWidget;
@@ -13,7 +14,7 @@ class VXItemList;
 
 // The indexing API ("VXIntegrate.VXScanIndex"): files a new document with its index values into
 // a group's repository and document store.
-class VXScanIndex : public QObject {
+class VXUILIB_EXPORT VXScanIndex : public QObject {
     Q_OBJECT
     // clang-format off
     Q_CLASSINFO("ClassName", "VXIntegrate.VXScanIndex")

@@ -2,13 +2,14 @@
 
 #include <QObject>
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
 // The document-security manager ("VXAdmin.VXSecurity"): maintains the access list (KTSecurity
 // rows) of one selected item. Calling order: Init, SelectItem, DeleteItemSecurity,
 // AddItemSecurity per user, KillItem, Done.
-class VXSecurity : public QObject {
+class VXUILIB_EXPORT VXSecurity : public QObject {
     Q_OBJECT
     // clang-format off
     Q_CLASSINFO("ClassName", "VXAdmin.VXSecurity")
