@@ -24,7 +24,7 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
     "VXUILib shared libraries\n The seven document-management controls (vxuilib), their data layer\n over SQLite and PostgreSQL (vxdata) and the default companions (vxcompanions).")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvxuilib${VX_SOVERSION})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "VXUILib development files\n Public headers under VXUILib/, the CMake package (find_package(VXUILib))\n and vxuilib.pc.")

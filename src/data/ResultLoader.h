@@ -5,6 +5,7 @@
 #include "data/ResultStream.h"
 
 #include <QObject>
+#include <VXUILib/vxdata_export.h>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -14,7 +15,7 @@ namespace vx {
 // Reads the rest of a result on a thread of its own, in pieces that grow from a few thousand
 // rows, while the rows already read are on screen. The owner's thread takes the pieces (when
 // rowsReady arrives, or while it waits for the whole result) and appends them to its record set.
-class ResultLoader : public QObject {
+class VXDATA_EXPORT ResultLoader : public QObject {
     Q_OBJECT
 
 public:

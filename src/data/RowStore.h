@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QVariant>
+#include <VXUILib/vxdata_export.h>
 #include <cstdint>
 #include <memory>
 
@@ -22,7 +23,7 @@ bool parseStoredDateTime(const char* text, qsizetype size, qint64& packed);
 // UTF-8 arena per column, a null bitmap. Rows are addressed by their storage index, which never
 // changes while the store lives (bookmarks rest on it); sorting and deleting happen in the
 // record set's order vector, not here.
-class RowStore {
+class VXDATA_EXPORT RowStore {
 public:
     explicit RowStore(ColumnList columns);
     ~RowStore();

@@ -3,6 +3,7 @@
 #include "data/ColumnInfo.h"
 
 #include <QString>
+#include <VXUILib/vxdata_export.h>
 #include <functional>
 #include <vector>
 
@@ -16,7 +17,7 @@ struct SortColumn {
 // Parses a sort text such as "[Item ID] ASC, name DESC": brackets optional, direction optional
 // (ascending). `columnIndex` resolves a name to a column or -1; an unknown name throws
 // ItemNotFound. An empty or blank text gives no columns.
-std::vector<SortColumn> parseSortText(const QString& text,
-                                      const std::function<int(const QString&)>& columnIndex);
+VXDATA_EXPORT std::vector<SortColumn>
+parseSortText(const QString& text, const std::function<int(const QString&)>& columnIndex);
 
 } // namespace vx
