@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QString>
+#include <VXUILib/vxdata_export.h>
 #include <vector>
 
 namespace vx::dialect {
 
 // One piece of an SQL text. Joining the texts of all tokens gives the text back unchanged, so
 // a rewrite edits only the tokens it means to and leaves literals and comments alone.
-struct SqlToken {
+struct VXDATA_EXPORT SqlToken {
     enum Kind { Space, Comment, Word, QuotedName, String, Number, DateLiteral, Symbol };
     Kind kind = Symbol;
     QString text;
@@ -30,7 +31,7 @@ inline void eraseToken(SqlToken& token) {
     token.text.clear();
 }
 
-SqlTokens tokenize(const QString& sql);
+VXDATA_EXPORT SqlTokens tokenize(const QString& sql);
 QString joinTokens(const SqlTokens& tokens);
 
 // Writes an identifier so that any engine reads it back as given.
