@@ -8,7 +8,30 @@
 #include <QCommandLineParser>
 #include <VXUILib/ControlFactory.h>
 #include <VXUILib/DefaultCompanions.h>
+#include <VXUILib/QtUiServices.h>
 #include <cstdio>
+
+namespace {
+
+// Unattended runs answer every question on the console instead of waiting for a click.
+class ConsoleUi : public vx::QtUiServices {
+public:
+    vx::MessageAnswer messageBox(const QString& text, int style, const QString& title) override {
+        std::fprintf(stderr, "message \"%s\": %s\n", qPrintable(title), qPrintable(text));
+        const int buttons = vx::MessageStyle::buttonsOf(style);
+        return buttons == vx::MessageStyle::YesNo || buttons == vx::MessageStyle::YesNoCancel
+                   ? vx::MessageAnswer::No
+                   : vx::MessageAnswer::Ok;
+    }
+    std::optional<QString> inputBox(const QString& prompt, const QString&,
+                                    const QString&) override {
+        std::fprintf(stderr, "input \"%s\" cancelled\n", qPrintable(prompt));
+        return std::nullopt;
+    }
+    QString browseForFolder(QWidget*, const QString&) override { return {}; }
+};
+
+} // namespace
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -31,6 +54,8 @@ int main(int argc, char** argv) {
     // controls' classes, which the controls create their children from.
     vx::registerDefaultCompanions();
     vx::registerLibraryControls();
+    if (parser.isSet(checkOption))
+        vx::installUiServices(std::make_unique<ConsoleUi>());
 
     HostWindow window;
     if (!window.openGroup(parser.positionalArguments().constFirst(), parser.value(userOption)))
@@ -41,9 +66,10 @@ int main(int argc, char** argv) {
         return app.exec();
     }
     const QString group = window.groupName();
-    window.showResult(QStringLiteral("SELECT ktitem.itemid AS itemid FROM ktitem, [") + group +
-                      QStringLiteral("] WHERE ktitem.itemid = [") + group +
-                      QStringLiteral("].itemid AND ktitem.deleted = 0 ORDER BY ktitem.itemid"));
+    // Every document of the group, with the group's fields the record form shows.
+    window.showResult(QStringLiteral("SELECT [%1].* FROM ktitem, [%1] WHERE ktitem.itemid = "
+                                     "[%1].itemid AND ktitem.deleted = 0 ORDER BY [%1].itemid")
+                          .arg(group));
     std::printf("group %s, current item %d\n", qPrintable(group), window.currentItemId());
     return window.currentItemId() > 0 ? 0 : 1;
 }
