@@ -43,8 +43,10 @@ int main() {
 }
 ]=])
 vx_run_step("compile with pkg-config" c++ -std=c++20 -fPIC ${WORK_DIR}/pkgconfig-host.cpp
-            -o ${WORK_DIR}/pkgconfig-host ${flags} -Wl,-rpath,${pc_dir}/..)
-vx_run_step("run the pkg-config host" ${WORK_DIR}/pkgconfig-host)
+            -o ${WORK_DIR}/pkgconfig-host ${flags})
+# An rpath would not reach the libraries' own dependencies; the loader's path does.
+vx_run_step("run the pkg-config host" ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${pc_dir}/..
+            ${WORK_DIR}/pkgconfig-host)
 if(NOT step_output MATCHES "^7 controls")
   message(FATAL_ERROR "the pkg-config host did not see the seven controls: ${step_output}")
 endif()
