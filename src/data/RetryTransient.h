@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 
+#include <VXUILib/vxdata_export.h>
 #include <functional>
 #include <type_traits>
 #include <utility>
@@ -28,8 +29,8 @@ bool isTransient(const Error& error, RetryOn retryOn);
 // and undoes everything on failure (a Transaction rolls back when destroyed), so a run that
 // failed has left nothing behind. `beforeRetry`, when given, runs between the runs (for
 // example to catch a key counter up).
-void retryTransientWork(const std::function<void()>& work, const RetryPolicy& policy,
-                        const std::function<void(const Error&)>& beforeRetry = {});
+VXDATA_EXPORT void retryTransientWork(const std::function<void()>& work, const RetryPolicy& policy,
+                                      const std::function<void(const Error&)>& beforeRetry = {});
 
 template <typename Work>
 auto retryTransient(Work&& work, const RetryPolicy& policy = {},

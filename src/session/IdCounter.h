@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QtGlobal>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -11,7 +12,7 @@ class Connection;
 // and read in one statement, so two sessions filing at the same moment never get the same id
 // (reading the table's maximum and adding one gave both the same). A repository made before the
 // counter existed gets the table and its rows on first use, starting from the current maxima.
-class IdCounter {
+class VXUILIB_EXPORT IdCounter {
 public:
     enum class Kind { Item, File };
 

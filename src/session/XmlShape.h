@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 
 namespace vx {
 
@@ -10,7 +11,7 @@ namespace vx {
 // deeper than MaxXmlDepth, and entities declared in the document itself (their expansion can
 // grow without bound). Throws vx::Error naming the file; `name` is how the message calls it.
 inline constexpr int MaxXmlDepth = 256;
-void requireSafeXmlShape(const QByteArray& bytes, const QString& name);
-void requireSafeXmlShape(const QString& text, const QString& name);
+VXUILIB_EXPORT void requireSafeXmlShape(const QByteArray& bytes, const QString& name);
+VXUILIB_EXPORT void requireSafeXmlShape(const QString& text, const QString& name);
 
 } // namespace vx

@@ -2,6 +2,8 @@
 
 #include "data/Error.h"
 
+#include <VXUILib/vxdata_export.h>
+
 namespace vx::errors {
 
 // Numbers the platform uses for record set failures that Error.h does not name.
@@ -16,7 +18,7 @@ Error objectClosed();
 Error invalidArgument();
 Error notUpdatable();
 Error bookmarkInvalid();
-Error rowNotFoundForUpdate();
+VXDATA_EXPORT Error rowNotFoundForUpdate();
 Error notAllowedInContext();
 Error typeMismatch();
 Error overflow();
