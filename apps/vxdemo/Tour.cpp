@@ -4,9 +4,9 @@
 #include "DocumentCommands.h"
 #include "IndexPage.h"
 #include "SearchPage.h"
-#include "TourUiServices.h"
 #include "data/Error.h"
 #include "server/LateBinding.h"
+#include "session/UnattendedUiServices.h"
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -77,7 +77,8 @@ void selectTab(QWidget* control, const QString& caption) {
 
 } // namespace
 
-Tour::Tour(DemoWindow& window, TourUiServices& ui, const QString& outputDir, const QString& workDir)
+Tour::Tour(DemoWindow& window, UnattendedUiServices& ui, const QString& outputDir,
+           const QString& workDir)
     : m_window(window)
     , m_ui(ui)
     , m_outputDir(outputDir)

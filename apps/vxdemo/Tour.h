@@ -8,10 +8,13 @@ class QAction;
 class QObject;
 class QWidget;
 
+namespace vx {
+class UnattendedUiServices;
+}
+
 namespace vx::demo {
 
 class DemoWindow;
-class TourUiServices;
 
 // A typical session run unattended on the demo window, saving a numbered PNG of the window after
 // each step: index a document, search, sort, open a record, edit and save it, look at a
@@ -21,7 +24,8 @@ class TourUiServices;
 class Tour {
 public:
     // The tour's own files (the document it indexes) go to workDir.
-    Tour(DemoWindow& window, TourUiServices& ui, const QString& outputDir, const QString& workDir);
+    Tour(DemoWindow& window, UnattendedUiServices& ui, const QString& outputDir,
+         const QString& workDir);
 
     // Runs every step; the number of screenshots saved. A step that fails is reported and the
     // tour goes on with the next one.
@@ -46,7 +50,7 @@ private:
     QString outputsDir() const;
 
     DemoWindow& m_window;
-    TourUiServices& m_ui;
+    UnattendedUiServices& m_ui;
     QString m_outputDir;
     QString m_workDir;
     QStringList m_failures;

@@ -1,13 +1,13 @@
 #include "DemoWindow.h"
 #include "HostSettings.h"
 #include "Tour.h"
-#include "TourUiServices.h"
 #include "companions/DefaultCompanions.h"
 #include "core/SampleBuilder.h"
 #include "data/Error.h"
 #include "server/ControlFactory.h"
 #include "session/Settings.h"
 #include "session/UiServices.h"
+#include "session/UnattendedUiServices.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -62,7 +62,7 @@ int runTour(const QString& outputDir, const QString& repositoryOption) {
     qputenv("VXUILIB_SYSTEM_DIR",
             QDir(work.path()).filePath(QStringLiteral("system")).toLocal8Bit());
     vx::setSettingsDirectory(QDir(work.path()).filePath(QStringLiteral("settings")));
-    auto* tourUi = new vx::demo::TourUiServices;
+    auto* tourUi = new vx::UnattendedUiServices(stdout);
     vx::installUiServices(std::unique_ptr<vx::UiServices>(tourUi));
 
     const QString repository = repositoryOption.isEmpty()

@@ -1,10 +1,10 @@
 #include "SampleExport.h"
 
-#include "UnattendedUi.h"
 #include "core/SampleBuilder.h"
 #include "data/Error.h"
 #include "server/ControlFactory.h"
 #include "server/LateBinding.h"
+#include "session/UnattendedUiServices.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -49,7 +49,7 @@ QString everyDocumentQuery(const QString& indexForm, const QString& group) {
 
 } // namespace
 
-SampleExport::SampleExport(UnattendedUi& ui, QObject* parent)
+SampleExport::SampleExport(UnattendedUiServices& ui, QObject* parent)
     : QObject(parent)
     , m_ui(ui) {}
 

@@ -3,9 +3,11 @@
 #include <QObject>
 #include <QString>
 
-namespace vx::viewer {
+namespace vx {
+class UnattendedUiServices;
+}
 
-class UnattendedUi;
+namespace vx::viewer {
 
 // Makes a portable export to look at when none is at hand (the tour): builds the repository
 // tool's sample, searches it with the hit list as a host would, selects every row and exports
@@ -14,7 +16,7 @@ class SampleExport : public QObject {
     Q_OBJECT
 
 public:
-    SampleExport(UnattendedUi& ui, QObject* parent = nullptr);
+    SampleExport(UnattendedUiServices& ui, QObject* parent = nullptr);
 
     // The export's root folder under destination; throws vx::Error when the export failed.
     QString make(const QString& sampleDir, const QString& destination);
@@ -24,7 +26,7 @@ public slots:
     void LocateDocumentFromID(qint32& itemid, QString& sFile, QString& sVolume);
 
 private:
-    UnattendedUi& m_ui;
+    UnattendedUiServices& m_ui;
     QString m_documents;
     QObject* m_hitList = nullptr;
 };

@@ -1,11 +1,11 @@
 #include "ViewerTour.h"
 
 #include "HitSearch.h"
-#include "UnattendedUi.h"
 #include "ViewerSession.h"
 #include "ViewerWindow.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "session/UnattendedUiServices.h"
 
 #include <QApplication>
 #include <QDir>
@@ -58,7 +58,7 @@ std::pair<QString, QString> sampleCriteria(const ViewerSession& session) {
 
 } // namespace
 
-ViewerTour::ViewerTour(ViewerWindow& window, UnattendedUi& ui, const QString& outputDir)
+ViewerTour::ViewerTour(ViewerWindow& window, UnattendedUiServices& ui, const QString& outputDir)
     : m_window(window)
     , m_ui(ui)
     , m_outputDir(outputDir) {}

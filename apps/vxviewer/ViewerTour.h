@@ -4,16 +4,19 @@
 #include <QStringList>
 #include <functional>
 
+namespace vx {
+class UnattendedUiServices;
+}
+
 namespace vx::viewer {
 
-class UnattendedUi;
 class ViewerWindow;
 
 // vxviewer --tour DIR: opens an export, searches it by a field, by a keyword and by both, and
 // opens a document, saving a numbered screenshot of the window after each step.
 class ViewerTour {
 public:
-    ViewerTour(ViewerWindow& window, UnattendedUi& ui, const QString& outputDir);
+    ViewerTour(ViewerWindow& window, UnattendedUiServices& ui, const QString& outputDir);
 
     // The number of screenshots saved; steps that could not be done are in failures().
     int run(const QString& exportFolder);
@@ -24,7 +27,7 @@ private:
     void step(const QString& what, const std::function<void()>& action);
 
     ViewerWindow& m_window;
-    UnattendedUi& m_ui;
+    UnattendedUiServices& m_ui;
     QString m_outputDir;
     int m_saved = 0;
     QStringList m_failures;

@@ -1,6 +1,5 @@
 #include "HitPrinter.h"
 #include "SampleExport.h"
-#include "UnattendedUi.h"
 #include "ViewerTour.h"
 #include "ViewerWindow.h"
 #include "companions/DefaultCompanions.h"
@@ -8,6 +7,7 @@
 #include "server/ControlFactory.h"
 #include "session/Settings.h"
 #include "session/UiServices.h"
+#include "session/UnattendedUiServices.h"
 
 #include <QApplication>
 #include <QDir>
@@ -66,7 +66,7 @@ int runTour(const QStringList& arguments) {
     qputenv("VXUILIB_SYSTEM_DIR",
             QDir(work.path()).filePath(QStringLiteral("system")).toLocal8Bit());
     vx::setSettingsDirectory(QDir(work.path()).filePath(QStringLiteral("settings")));
-    auto* ui = new vx::viewer::UnattendedUi(stdout);
+    auto* ui = new vx::UnattendedUiServices(stdout);
     vx::installUiServices(std::unique_ptr<vx::UiServices>(ui));
 
     const QString outputDir = QDir(arguments.first()).absolutePath();
@@ -113,7 +113,7 @@ int main(int argc, char** argv) {
 
     if (!arguments.isEmpty() && arguments.first() == u"--print-hits") {
         // Whatever the controls would ask goes to the error stream, answered neutrally.
-        vx::installUiServices(std::make_unique<vx::viewer::UnattendedUi>(stderr));
+        vx::installUiServices(std::make_unique<vx::UnattendedUiServices>(stderr));
         QTextStream out(stdout);
         QTextStream err(stderr);
         return vx::viewer::printHits(arguments.mid(1), stateRoot(), out, err);

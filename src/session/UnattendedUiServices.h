@@ -3,16 +3,20 @@
 #include "session/UiServices.h"
 
 #include <QStringList>
+#include <cstdio>
 #include <functional>
 
-namespace vx::demo {
+namespace vx {
 
-// Answers the controls' questions during the unattended tour: message boxes take their first
-// button (Yes, OK, Abort, Retry), input boxes the queued answer or their default, and files are
-// noted rather than opened; folder browsers take the queued folder, else they are cancelled. Every
-// prompt is printed so the tour's output shows what was asked.
-class TourUiServices : public UiServices {
+// Answers the controls when nobody sits at the screen (tours, scripted runs): message boxes take
+// their first button (Yes, OK, Abort, Retry), input boxes the queued answer or their default,
+// folder browsers the queued folder (none: cancelled), and files are noted rather than opened.
+// Every prompt is written to the given stream (none: kept silently).
+class UnattendedUiServices : public UiServices {
 public:
+    explicit UnattendedUiServices(std::FILE* stream = nullptr)
+        : m_stream(stream) {}
+
     MessageAnswer messageBox(const QString& text, int style, const QString& title) override;
     std::optional<QString> inputBox(const QString& prompt, const QString& title,
                                     const QString& defaultText) override;
@@ -26,18 +30,22 @@ public:
     void queueInput(const QString& answer) { m_inputs << answer; }
     // The answer of the next folder browser (none queued: cancelled).
     void queueFolder(const QString& folder) { m_folders << folder; }
-    // Run on each yield to the event loop: acts as the user of a modeless dialog.
-    void onProcessEvents(std::function<void()> hook) { m_processEventsHook = std::move(hook); }
+    // Runs on every processEvents(), after the events: acts as the user of a modeless dialog.
+    void onProcessEvents(std::function<void()> hook) { m_hook = std::move(hook); }
     // Everything asked and opened so far, one line each.
     QStringList log() const { return m_log; }
+    // The files shellExecute was asked to open.
+    QStringList opened() const { return m_opened; }
 
 private:
     void note(const QString& line);
 
+    std::FILE* m_stream;
     QStringList m_inputs;
     QStringList m_folders;
-    std::function<void()> m_processEventsHook;
     QStringList m_log;
+    QStringList m_opened;
+    std::function<void()> m_hook;
 };
 
-} // namespace vx::demo
+} // namespace vx

@@ -1,12 +1,12 @@
-#include "TourUiServices.h"
+#include "session/UnattendedUiServices.h"
 
 #include <QCoreApplication>
 #include <QThread>
-#include <cstdio>
 
-namespace vx::demo {
+namespace vx {
 
-MessageAnswer TourUiServices::messageBox(const QString& text, int style, const QString& title) {
+MessageAnswer UnattendedUiServices::messageBox(const QString& text, int style,
+                                               const QString& title) {
     note(QStringLiteral("message \"%1\": %2").arg(title, QString(text).replace(u'\n', u' ')));
     switch (MessageStyle::buttonsOf(style)) {
     case MessageStyle::AbortRetryIgnore:
@@ -21,14 +21,14 @@ MessageAnswer TourUiServices::messageBox(const QString& text, int style, const Q
     }
 }
 
-std::optional<QString> TourUiServices::inputBox(const QString& prompt, const QString& title,
-                                                const QString& defaultText) {
+std::optional<QString> UnattendedUiServices::inputBox(const QString& prompt, const QString& title,
+                                                      const QString& defaultText) {
     const QString answer = m_inputs.isEmpty() ? defaultText : m_inputs.takeFirst();
     note(QStringLiteral("input \"%1\": %2 -> %3").arg(title, prompt, answer));
     return answer;
 }
 
-QString TourUiServices::browseForFolder(QWidget* owner, const QString& title) {
+QString UnattendedUiServices::browseForFolder(QWidget* owner, const QString& title) {
     Q_UNUSED(owner)
     const QString folder = m_folders.isEmpty() ? QString() : m_folders.takeFirst();
     note(QStringLiteral("folder \"%1\": %2")
@@ -36,29 +36,32 @@ QString TourUiServices::browseForFolder(QWidget* owner, const QString& title) {
     return folder;
 }
 
-void TourUiServices::setBusyCursor(bool busy) {
+void UnattendedUiServices::setBusyCursor(bool busy) {
     Q_UNUSED(busy)
 }
 
-void TourUiServices::processEvents() {
+void UnattendedUiServices::processEvents() {
     QCoreApplication::processEvents();
-    if (m_processEventsHook)
-        m_processEventsHook();
+    if (m_hook)
+        m_hook();
 }
 
-void TourUiServices::sleep(int milliseconds) {
+void UnattendedUiServices::sleep(int milliseconds) {
     QThread::msleep(qMax(0, milliseconds));
 }
 
-bool TourUiServices::shellExecute(const QString& verb, const QString& file) {
+bool UnattendedUiServices::shellExecute(const QString& verb, const QString& file) {
     note(QStringLiteral("%1 %2").arg(verb, file));
+    m_opened << file;
     return true;
 }
 
-void TourUiServices::note(const QString& line) {
+void UnattendedUiServices::note(const QString& line) {
     m_log << line;
-    std::printf("  [%s]\n", qPrintable(line));
-    std::fflush(stdout);
+    if (m_stream) {
+        std::fprintf(m_stream, "  [%s]\n", qPrintable(line));
+        std::fflush(m_stream);
+    }
 }
 
-} // namespace vx::demo
+} // namespace vx
