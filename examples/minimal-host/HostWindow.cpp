@@ -11,6 +11,7 @@
 #include <VXUILib/Connection.h>
 #include <VXUILib/Error.h>
 #include <VXUILib/Recordset.h>
+#include <VXUILib/VXDynaForm.h>
 #include <VXUILib/VXHitList.h>
 #include <VXUILib/VXQuery.h>
 #include <cstdio>
@@ -119,6 +120,23 @@ bool HostWindow::openGroup(const QString& initFilePath, const QString& userName)
 
 void HostWindow::showResult(const QString& query) {
     m_hitList->setDoQuery(query);
+}
+
+void HostWindow::showEveryDocument() {
+    // The hit list's record form reads each field from the result column named by the field's
+    // caption, the way the query form names them; the group's own column names would not do.
+    auto* form = m_hitList->findChild<vx::VXDynaForm*>(QStringLiteral("Group"));
+    if (!form)
+        return;
+    const QString table = QLatin1Char('[') + m_groupName + QLatin1Char(']');
+    QStringList columns{QStringLiteral("ktitem.itemid AS itemid"),
+                        QStringLiteral("ktitem.idx_date AS IndexDate")};
+    for (form->MoveFirstField(); !form->FieldEOF(); form->MoveNextField())
+        columns << QStringLiteral("%1.[%2] AS [%3]")
+                       .arg(table, form->FieldName(), form->FieldCaption());
+    showResult(QStringLiteral("SELECT %1 FROM ktitem, %2 WHERE ktitem.itemid = %2.itemid AND "
+                              "ktitem.deleted = 0 ORDER BY ktitem.itemid")
+                   .arg(columns.join(QStringLiteral(", ")), table));
 }
 
 void HostWindow::search() {

@@ -26,6 +26,8 @@ public:
     bool openGroup(const QString& initFilePath, const QString& userName);
     // Shows the result of a complete query, as the Search button does with the form's query.
     void showResult(const QString& query);
+    // Shows every document of the group, each field in the column named by its caption.
+    void showEveryDocument();
 
     QString groupName() const { return m_groupName; }
     qint32 currentItemId() const { return m_currentItemId; }

@@ -66,10 +66,7 @@ int main(int argc, char** argv) {
         return app.exec();
     }
     const QString group = window.groupName();
-    // Every document of the group, with the group's fields the record form shows.
-    window.showResult(QStringLiteral("SELECT [%1].* FROM ktitem, [%1] WHERE ktitem.itemid = "
-                                     "[%1].itemid AND ktitem.deleted = 0 ORDER BY [%1].itemid")
-                          .arg(group));
+    window.showEveryDocument();
     std::printf("group %s, current item %d\n", qPrintable(group), window.currentItemId());
     return window.currentItemId() > 0 ? 0 : 1;
 }

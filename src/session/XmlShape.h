@@ -11,7 +11,8 @@ namespace vx {
 // deeper than MaxXmlDepth, and entities declared in the document itself (their expansion can
 // grow without bound). Throws vx::Error naming the file; `name` is how the message calls it.
 inline constexpr int MaxXmlDepth = 256;
-VXUILIB_EXPORT void requireSafeXmlShape(const QByteArray& bytes, const QString& name);
+void requireSafeXmlShape(const QByteArray& bytes, const QString& name);
+// The default companions check the form text they read; the only use beyond this library.
 VXUILIB_EXPORT void requireSafeXmlShape(const QString& text, const QString& name);
 
 } // namespace vx

@@ -1,8 +1,9 @@
 # Makes the Debian packages of the build, checks their names and dependencies, unpacks them into
 # a temporary root and builds the example host against that root.
 #   cmake -DBUILD_DIR=... -DSOURCE_DIR=... -DWORK_DIR=... -DSOVERSION=... -DVERSION=...
+#         -DLIBDIR=...
 #         -P DebianPackagesTest.cmake
-foreach(variable BUILD_DIR SOURCE_DIR WORK_DIR SOVERSION VERSION)
+foreach(variable BUILD_DIR SOURCE_DIR WORK_DIR SOVERSION VERSION LIBDIR)
   if(NOT DEFINED ${variable})
     message(FATAL_ERROR "${variable} is not set")
   endif()
@@ -44,4 +45,5 @@ if(NOT names STREQUAL wanted_names)
 endif()
 
 vx_check_installed_headers(${root}/usr/include ${BUILD_DIR}/public-headers.txt)
-vx_check_example(${SOURCE_DIR} ${root}/usr ${WORK_DIR} ${SOVERSION})
+vx_check_library_dir(${root}/usr ${LIBDIR} ${SOVERSION})
+vx_check_example(${SOURCE_DIR} ${root}/usr ${WORK_DIR} ${SOVERSION} ${LIBDIR})

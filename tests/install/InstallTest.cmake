@@ -1,7 +1,8 @@
 # Installs the build into a fresh prefix, checks what was installed, and builds a host against it
 # with find_package(VXUILib) and with pkg-config.
-#   cmake -DBUILD_DIR=... -DSOURCE_DIR=... -DWORK_DIR=... -DSOVERSION=... -P InstallTest.cmake
-foreach(variable BUILD_DIR SOURCE_DIR WORK_DIR SOVERSION)
+#   cmake -DBUILD_DIR=... -DSOURCE_DIR=... -DWORK_DIR=... -DSOVERSION=... -DLIBDIR=...
+#         -P InstallTest.cmake
+foreach(variable BUILD_DIR SOURCE_DIR WORK_DIR SOVERSION LIBDIR)
   if(NOT DEFINED ${variable})
     message(FATAL_ERROR "${variable} is not set")
   endif()
@@ -12,6 +13,7 @@ file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 vx_run_step("install" ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 vx_check_installed_headers(${prefix}/include ${BUILD_DIR}/public-headers.txt)
+vx_check_library_dir(${prefix} ${LIBDIR} ${SOVERSION})
 
 # The package must not point back into the source or build tree.
 file(GLOB_RECURSE package_files ${prefix}/*.cmake ${prefix}/*.pc)
@@ -25,11 +27,10 @@ foreach(package_file IN LISTS package_files)
   endforeach()
 endforeach()
 
-vx_check_example(${SOURCE_DIR} ${prefix} ${WORK_DIR} ${SOVERSION})
+vx_check_example(${SOURCE_DIR} ${prefix} ${WORK_DIR} ${SOVERSION} ${LIBDIR})
 
 # pkg-config: compile and run a one-file host with the flags vxuilib.pc gives.
-file(GLOB_RECURSE pc_file ${prefix}/vxuilib.pc)
-get_filename_component(pc_dir "${pc_file}" DIRECTORY)
+set(pc_dir ${prefix}/${LIBDIR}/pkgconfig)
 vx_run_step("pkg-config" ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${pc_dir}
             pkg-config --cflags --libs vxuilib)
 string(STRIP "${step_output}" flags)

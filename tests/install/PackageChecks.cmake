@@ -27,9 +27,23 @@ function(vx_check_installed_headers include_dir list_file)
   message(STATUS "${count} headers installed, as listed")
 endfunction()
 
+# The libraries, the CMake package and the pkg-config file all lie in <prefix>/<libdir>.
+function(vx_check_library_dir prefix libdir soversion)
+  foreach(file libvxuilib.so.${soversion} libvxdata.so.${soversion}
+               libvxcompanions.so.${soversion} pkgconfig/vxuilib.pc
+               cmake/VXUILib/VXUILibConfig.cmake)
+    if(NOT EXISTS ${prefix}/${libdir}/${file})
+      file(GLOB_RECURSE found RELATIVE ${prefix} ${prefix}/*/${file})
+      message(FATAL_ERROR "${file} is not in ${libdir} (found: ${found})")
+    endif()
+  endforeach()
+  message(STATUS "libraries and package files in ${libdir}")
+endfunction()
+
 # Builds examples/minimal-host against the package under <prefix>, runs it on a sample the
-# package's own vxrepo makes, and checks that it loads the shared library from <prefix>.
-function(vx_check_example source_dir prefix work_dir soversion)
+# package's own vxrepo makes, and checks that it loads the shared library from <prefix>/<libdir>.
+# The run must pass without a single message to the user.
+function(vx_check_example source_dir prefix work_dir soversion libdir)
   set(launcher)
   find_program(ccache_program ccache)
   if(ccache_program)
@@ -46,7 +60,7 @@ function(vx_check_example source_dir prefix work_dir soversion)
   if(NOT line)
     message(FATAL_ERROR "the example does not load libvxuilib.so.${soversion}:\n${step_output}")
   endif()
-  string(FIND "${line}" "=> ${prefix}/" inside)
+  string(FIND "${line}" "=> ${prefix}/${libdir}/libvxuilib.so" inside)
   if(inside EQUAL -1)
     message(FATAL_ERROR "the example loads the library from elsewhere: ${line}")
   endif()
@@ -61,6 +75,9 @@ function(vx_check_example source_dir prefix work_dir soversion)
               ${work_dir}/sample/Invoices.ini)
   if(NOT step_output MATCHES "group Invoices, current item [1-9]")
     message(FATAL_ERROR "the example did not show the group's documents:\n${step_output}")
+  endif()
+  if(step_output MATCHES "(^|\n)(message|input) \"")
+    message(FATAL_ERROR "the example asked or told the user something:\n${step_output}")
   endif()
   message(STATUS "example: ${step_output}")
 endfunction()
