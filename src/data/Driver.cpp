@@ -20,6 +20,16 @@ std::unique_ptr<RowStream> Driver::streamTable(const QString& table) {
     return std::make_unique<MaterialisedRowStream>(selectTable(table));
 }
 
+void Driver::raiseSequence(const QString&, const QString&, const QString&) {
+    throw Error(ErrorNumber::NotSupported,
+                QStringLiteral("The %1 engine has no sequences.").arg(name()));
+}
+
+qint64 Driver::nextSequenceValue(const QString&) {
+    throw Error(ErrorNumber::NotSupported,
+                QStringLiteral("The %1 engine has no sequences.").arg(name()));
+}
+
 namespace {
 
 struct Registry {

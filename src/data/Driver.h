@@ -67,6 +67,17 @@ public:
     virtual QList<TableEntry> tables() = 0;
     virtual QList<ProviderTypeEntry> providerTypes() = 0;
 
+    // Engine sequences hand out ids without waiting for other sessions' transactions, never the
+    // same one twice, and do not take an id back when its transaction rolls back. Engines
+    // without them answer false here and throw NotSupported from the two below.
+    virtual bool hasSequences() const { return false; }
+    // Creates `sequence` when it is missing and raises it so that it continues above the
+    // highest `column` of `table`; never lowers it.
+    virtual void raiseSequence(const QString& sequence, const QString& table,
+                               const QString& column);
+    // A missing sequence throws TableNotFound.
+    virtual qint64 nextSequenceValue(const QString& sequence);
+
     // Write-back of one row to a base table. The row is found by `keyColumns` = `keyValues`
     // (the original values; a null key value matches null); when the table has no key, every
     // original column is given and at most one matching row is changed. `checkColumns` must

@@ -128,8 +128,17 @@ TEST_F(SqliteWrite, ASecondWriterWaitsForTheFirst) {
     std::thread impatient(
         [&] { writeFromAnotherConnection(";Busy Timeout=0", impatientStarted, impatientFailure); });
     impatient.join();
-    connection.rollbackTrans();
     EXPECT_TRUE(impatientFailure.contains(u"locked")) << impatientFailure.toStdString();
+
+    // A short timeout gives up once it has passed, whoever still holds the lock.
+    std::atomic_bool boundedStarted = false;
+    QString boundedFailure;
+    std::thread bounded(
+        [&] { writeFromAnotherConnection(";Busy Timeout=100", boundedStarted, boundedFailure); });
+    bounded.join();
+    connection.rollbackTrans();
+    EXPECT_TRUE(boundedFailure.contains(u"locked")) << boundedFailure.toStdString();
+    EXPECT_EQ(stored("SELECT a FROM t ORDER BY a"), (QStringList{"1", "2"}));
 }
 
 } // namespace

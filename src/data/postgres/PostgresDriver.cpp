@@ -271,6 +271,47 @@ QList<ProviderTypeEntry> PostgresDriver::providerTypes() {
     return postgresProviderTypes();
 }
 
+// A sequence lives beside the table whose ids it hands out.
+void PostgresDriver::raiseSequence(const QString& sequence, const QString& table,
+                                   const QString& column) {
+    d->session.connection();
+    const CatalogTable& target = d->catalog.resolve(plainTableName(table));
+    const CatalogColumn* key = target.find(column);
+    if (!key)
+        throw Error(ErrorNumber::ColumnNotFound,
+                    QStringLiteral("The table %1 has no column %2.").arg(table, column));
+    const QByteArray name = quoteIdentifier(target.schema) + '.' + quoteIdentifier(sequence);
+    const QByteArray literal = "'" + QByteArray(name).replace('\'', "''") + "'";
+    // Its next value must lie above the highest id in use: raised only when it does not.
+    const QByteArray raise =
+        "SELECT setval(" + literal + ", t.m) FROM (SELECT MAX(" + quoteIdentifier(key->name) +
+        ") AS m FROM " + target.quotedName() + ") AS t, " + name +
+        " AS s WHERE t.m >= s.last_value + CASE WHEN s.is_called THEN 1 ELSE 0 END";
+    // Made and raised in one transaction: no other session draws from it before it is raised.
+    d->session.begin();
+    try {
+        // Looked up first: creating, even "if not exists", needs a right users may lack.
+        const ResultHandle found = d->session.run("SELECT to_regclass(" + literal + ") IS NULL");
+        if (PQgetvalue(found.get(), 0, 0)[0] == 't')
+            d->session.run("CREATE SEQUENCE IF NOT EXISTS " + name + " AS integer");
+        d->session.run(raise);
+        d->session.commit();
+    } catch (const Error& error) {
+        if (d->session.level() > 0)
+            d->session.rollback();
+        // Another session made it at the same moment; its own raise covers the ids in use.
+        if (error.conflict() != Conflict::UniqueViolation)
+            throw;
+    }
+}
+
+qint64 PostgresDriver::nextSequenceValue(const QString& sequence) {
+    d->session.connection();
+    const QByteArray literal = "'" + quoteIdentifier(sequence).replace('\'', "''") + "'";
+    const ResultHandle result = d->session.run("SELECT nextval(" + literal + ")");
+    return QByteArray(PQgetvalue(result.get(), 0, 0)).toLongLong();
+}
+
 QVariant PostgresDriver::insertRow(const QString& table, const QStringList& columns,
                                    const QVariantList& values, const QString& autoIncrementColumn) {
     d->session.connection();

@@ -33,6 +33,11 @@ public:
     QList<TableEntry> tables() override;
     QList<ProviderTypeEntry> providerTypes() override;
 
+    bool hasSequences() const override { return true; }
+    void raiseSequence(const QString& sequence, const QString& table,
+                       const QString& column) override;
+    qint64 nextSequenceValue(const QString& sequence) override;
+
     QVariant insertRow(const QString& table, const QStringList& columns, const QVariantList& values,
                        const QString& autoIncrementColumn) override;
     qint64 updateRow(const QString& table, const QStringList& columns, const QVariantList& values,

@@ -2,6 +2,7 @@
 
 #include "data/dialect/SqlLexer.h"
 #include "data/dialect/SqliteDialect.h"
+#include "data/sqlite/SqliteBusyWait.h"
 #include "data/sqlite/SqliteParameters.h"
 #include "data/sqlite/SqliteResultReader.h"
 #include "data/sqlite/SqliteResultStream.h"
@@ -117,6 +118,7 @@ void addChecks(RowMatch& match, const QStringList& columns, const QVariantList& 
 } // namespace
 
 struct SqliteDriver::Private {
+    BusyWait busyWait; // outlives db, which calls it
     DatabaseHandle db;
     SqliteStatementCache statements;
     std::optional<SqliteTableKeys> keys;
@@ -233,7 +235,7 @@ void SqliteDriver::open(const ConnectionProperties& properties, const QString&, 
     sqlite3_extended_result_codes(raw, 1);
     bool timeoutGiven = false;
     const int timeout = properties.value(QStringLiteral("Busy Timeout")).toInt(&timeoutGiven);
-    sqlite3_busy_timeout(raw, timeoutGiven ? timeout : defaultBusyTimeoutMs);
+    d->busyWait.install(raw, timeoutGiven ? timeout : defaultBusyTimeoutMs);
     // Set before the journal mode, whose switch is the first write to a new file.
     const QString synchronous = properties.value(QStringLiteral("Synchronous")).trimmed().toUpper();
     if (!synchronous.isEmpty()) {
