@@ -1,6 +1,6 @@
 #include "companions/ScanIndex.h"
 
-#include "companions/ReservedFile.h"
+#include "companions/StoredDocument.h"
 #include "companions/form/SqlText.h"
 #include "data/Connection.h"
 #include "data/Driver.h"
@@ -21,6 +21,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <limits>
 
 namespace vx {
@@ -56,7 +57,7 @@ struct ScanIndex::Private {
     std::unique_ptr<RowStore> groupLayout;
 
     qint32 fileDocument(const QString& path, const QString& user);
-    qint32 fileOnce(const QFileInfo& source, const QDir& folder, const QString& user);
+    qint32 fileOnce(const QFileInfo& source, StoredDocument& document, const QString& user);
     void insertGroupRow(qint32 itemId);
 };
 
@@ -100,6 +101,9 @@ bool ScanIndex::SelectGroup(QString& group) {
         d->initFile.clear();
         d->layoutGroup.clear();
         d->connection = openGroupConnection(initFile);
+        // Before any filing's transaction: made inside one, the id sequences would hold the
+        // other filers until it ended.
+        IdCounter::prepare(d->connection);
         d->initFile = initFile;
         d->securityTable = false;
         Recordset tables = d->connection.openSchema(SchemaKind::Tables);
@@ -203,29 +207,36 @@ qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user
     if (volume.isEmpty())
         KTVolumeLabel(volume, folder.absolutePath());
 
-    // Several users file at once: a filing that lost a race for an id, a lock or a row is
-    // run again whole; each run leaves nothing behind when it fails.
+    // The copy is made before the filing's transaction, which stays short: several users file
+    // at once and each waits for the others' transactions, not for their copies.
+    StoredDocument document(folder, source.absoluteFilePath());
+
+    // A filing that lost a race for an id, a lock or a row is run again whole; each run leaves
+    // nothing behind when it fails.
     RetryPolicy policy;
     policy.retryOn = RetryOn::ConflictsAndDuplicates;
-    return retryTransient([&] { return fileOnce(source, folder, user); }, policy,
-                          [this](const Error& error) {
-                              if (error.conflict() != Conflict::UniqueViolation)
-                                  return;
-                              try {
-                                  IdCounter::catchUp(connection);
-                              } catch (const Error&) { // the next run says what is wrong
-                              }
-                          });
+    const qint32 itemId =
+        retryTransient([&] { return fileOnce(source, document, user); }, policy,
+                       [this](const Error& error) {
+                           if (error.conflict() != Conflict::UniqueViolation)
+                               return;
+                           try {
+                               IdCounter::catchUp(connection);
+                           } catch (const Error&) { // the next run says what is wrong
+                           }
+                       });
+    document.keep();
+    return itemId;
 }
 
-qint32 ScanIndex::Private::fileOnce(const QFileInfo& source, const QDir& folder,
+qint32 ScanIndex::Private::fileOnce(const QFileInfo& source, StoredDocument& document,
                                     const QString& user) {
     Transaction transaction(connection);
-    // Taken inside the filing's transaction: an id is used once even if the filing fails after.
+    // Taken inside the filing's transaction: a counter row raised for it rolls back with it.
     const qint32 itemId = IdCounter::next(connection, IdCounter::Kind::Item);
     const qint32 fileId = IdCounter::next(connection, IdCounter::Kind::File);
-    ReservedFile stored(folder, itemId, source.suffix());
-    stored.copyFrom(source.absoluteFilePath());
+    const QString storedName = document.placeAs(itemId, source.suffix());
+    auto withdraw = qScopeGuard([&] { document.withdraw(); });
 
     Driver& driver = connection.driver();
     const QDateTime now = QDateTime::currentDateTime();
@@ -244,7 +255,7 @@ qint32 ScanIndex::Private::fileOnce(const QFileInfo& source, const QDir& folder,
                      {QStringLiteral("fileid"), QStringLiteral("itemid"), QStringLiteral("fname"),
                       QStringLiteral("fdate"), QStringLiteral("fsize"), QStringLiteral("archive"),
                       QStringLiteral("volume")},
-                     {fileId, itemId, stored.name(), modified.addMSecs(-modified.time().msec()),
+                     {fileId, itemId, storedName, modified.addMSecs(-modified.time().msec()),
                       qint32(source.size()), false, volume},
                      QString());
 
@@ -277,7 +288,7 @@ qint32 ScanIndex::Private::fileOnce(const QFileInfo& source, const QDir& folder,
     }
 
     transaction.commit();
-    stored.keep();
+    withdraw.dismiss();
     return itemId;
 }
 

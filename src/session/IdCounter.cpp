@@ -1,6 +1,7 @@
 #include "session/IdCounter.h"
 
 #include "data/Connection.h"
+#include "data/Driver.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
 #include "session/Conversions.h"
@@ -11,15 +12,32 @@ namespace vx {
 namespace {
 
 struct CounterKind {
-    QString name;  // the counter row
-    QString table; // where the ids are used
+    QString name;     // the counter row
+    QString sequence; // where the engine has sequences
+    QString table;    // where the ids are used
     QString column;
 };
 
 CounterKind kindOf(IdCounter::Kind kind) {
     if (kind == IdCounter::Kind::Item)
-        return {QStringLiteral("itemid"), table::Item, QStringLiteral("itemid")};
-    return {QStringLiteral("fileid"), table::File, QStringLiteral("fileid")};
+        return {QStringLiteral("itemid"), QStringLiteral("ktitem_itemid_seq"), table::Item,
+                QStringLiteral("itemid")};
+    return {QStringLiteral("fileid"), QStringLiteral("ktfile_fileid_seq"), table::File,
+            QStringLiteral("fileid")};
+}
+
+qint32 fromSequence(Connection& connection, const CounterKind& kind) {
+    Driver& driver = connection.driver();
+    qint64 id = 0;
+    try {
+        id = driver.nextSequenceValue(kind.sequence);
+    } catch (const Error& error) {
+        if (error.number() != ErrorNumber::TableNotFound)
+            throw;
+        driver.raiseSequence(kind.sequence, kind.table, kind.column);
+        id = driver.nextSequenceValue(kind.sequence);
+    }
+    return qint32(id); // the sequences are made for 32-bit ids and stop there
 }
 
 QString highestInUse(const CounterKind& kind) {
@@ -53,8 +71,26 @@ QString IdCounter::createStatement() {
         .arg(table::Counter);
 }
 
+void IdCounter::prepare(Connection& connection) {
+    Driver& driver = connection.driver();
+    if (!driver.hasSequences())
+        return;
+    for (const Kind kind : {Kind::Item, Kind::File}) {
+        const CounterKind counter = kindOf(kind);
+        driver.raiseSequence(counter.sequence, counter.table, counter.column);
+    }
+}
+
+QStringList IdCounter::sequences(const Connection& connection) {
+    if (!connection.driver().hasSequences())
+        return {};
+    return {kindOf(Kind::Item).sequence, kindOf(Kind::File).sequence};
+}
+
 qint32 IdCounter::next(Connection& connection, Kind kind) {
     const CounterKind counter = kindOf(kind);
+    if (connection.driver().hasSequences())
+        return fromSequence(connection, counter);
     const QString raise =
         QStringLiteral("UPDATE [%1] SET [lastid] = [lastid] + 1 WHERE [name] = '%2' RETURNING "
                        "[lastid]")
@@ -77,6 +113,10 @@ qint32 IdCounter::next(Connection& connection, Kind kind) {
 }
 
 void IdCounter::catchUp(Connection& connection) {
+    if (connection.driver().hasSequences()) {
+        prepare(connection);
+        return;
+    }
     for (const Kind kind : {Kind::Item, Kind::File}) {
         const CounterKind counter = kindOf(kind);
         const QString highest = highestInUse(counter);

@@ -2,6 +2,7 @@
 #include "companions/ScanIndex.h"
 #include "data/Connection.h"
 #include "data/Recordset.h"
+#include "session/IdCounter.h"
 #include "session/UiServices.h"
 #include "support/SampleRepository.h"
 #include "support/ScriptedUiServices.h"
@@ -37,8 +38,10 @@ protected:
         return rows.eof() ? 0 : rows.value(0).toLongLong();
     }
 
+    // Hidden ones too: a filer's working copy left behind is a stray file as well.
     QSet<QString> documentFiles() const {
-        const QStringList names = QDir(sample.documentFolder()).entryList(QDir::Files);
+        const QStringList names =
+            QDir(sample.documentFolder()).entryList(QDir::Files | QDir::Hidden | QDir::System);
         return QSet<QString>(names.begin(), names.end());
     }
 
@@ -208,4 +211,19 @@ TEST_F(ConcurrentFilingTest, APermanentFailureLeavesNoRowAndNoFile) {
         EXPECT_EQ(count(QStringLiteral("select count(*) from KTFile")), files);
         EXPECT_EQ(documentFiles(), before);
     }
+}
+
+TEST_F(ConcurrentFilingTest, ARepositoryWithoutIdSequencesOrCounterRowsContinuesAfterItsIds) {
+    // As a repository made before either existed: its ids were taken from the tables' maxima.
+    for (const QString& sequence : IdCounter::sequences(connection))
+        connection.execute(QStringLiteral("DROP SEQUENCE [%1]").arg(sequence));
+    connection.execute(QStringLiteral("DELETE FROM KTCounter"));
+    const qint64 lastItem = count(QStringLiteral("select max(itemid) from KTItem"));
+    const qint64 lastFile = count(QStringLiteral("select max(fileid) from KTFile"));
+
+    const std::vector<qint32> filed = fileDocuments(3, 2);
+    ASSERT_EQ(filed.size(), 2u);
+    EXPECT_EQ(filed[0], lastItem + 1);
+    EXPECT_EQ(filed[1], lastItem + 2);
+    EXPECT_EQ(count(QStringLiteral("select max(fileid) from KTFile")), lastFile + 2);
 }

@@ -5,6 +5,7 @@
 #include "data/Driver.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "session/IdCounter.h"
 #include "session/Schema.h"
 
 #include <QDir>
@@ -140,6 +141,7 @@ Repository Repository::create(const QString& dir, const QString& name, const QSt
             Transaction transaction(connection);
             for (const QString& statement : fixedTableStatements())
                 connection.execute(statement);
+            IdCounter::prepare(connection);
             transaction.commit();
         }
         return repository;
@@ -188,6 +190,15 @@ void Repository::dropTablesQuietly(const QStringList& tableNames) {
                 m_connection.execute(QStringLiteral("DROP TABLE [%1]").arg(table));
         } catch (const Error&) {
             // Best effort: what cannot be dropped is named by the error that led here.
+        }
+    }
+    // The id sequences belong to the fixed tables.
+    if (!tableNames.contains(table::Item, Qt::CaseInsensitive))
+        return;
+    for (const QString& sequence : IdCounter::sequences(m_connection)) {
+        try {
+            m_connection.execute(QStringLiteral("DROP SEQUENCE IF EXISTS [%1]").arg(sequence));
+        } catch (const Error&) {
         }
     }
 }

@@ -7,6 +7,7 @@
 #include "core/ViewerFiles.h"
 #include "data/Driver.h"
 #include "data/Error.h"
+#include "session/IdCounter.h"
 #include "session/PrivateProfile.h"
 #include "session/Schema.h"
 
@@ -265,6 +266,8 @@ SampleResult createSample(const QString& dir, const SampleOptions& options) {
                 options.progress(id);
         }
         counts.paths = repository.count(table::Path);
+        // Filings continue after the sample's own ids.
+        IdCounter::catchUp(connection);
         transaction.commit();
     } catch (...) {
         // A database on a server outlives the folder: take back the tables made here (only

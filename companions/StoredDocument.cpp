@@ -1,0 +1,168 @@
+#include "companions/StoredDocument.h"
+
+#include "data/Error.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QRandomGenerator>
+#include <filesystem>
+#include <system_error>
+
+namespace vx {
+
+namespace {
+
+constexpr int StoredNameLength = 20;
+constexpr int MaximumSuffix = 10000;
+constexpr int WorkingNameAttempts = 100;
+constexpr qint64 CopyPiece = qint64(1) << 18;
+
+QString candidateName(qint32 itemId, int attempt, const QString& extension) {
+    QString base = QString::number(itemId);
+    if (attempt > 0)
+        base += QLatin1Char('_') + QString::number(attempt);
+    QString name = base;
+    if (!extension.isEmpty() && base.size() + 1 < StoredNameLength)
+        name += QLatin1Char('.') + extension.left(StoredNameLength - base.size() - 1);
+    return name;
+}
+
+// Hidden, and never of the stored names' shape.
+QString workingName() {
+    return QStringLiteral(".filing-%1.part")
+        .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'));
+}
+
+std::filesystem::path fsPath(const QString& path) {
+    return std::filesystem::path(path.toStdU16String());
+}
+
+// Replaces `to` with `from` in one step (both in one folder).
+bool moveOver(const QString& from, const QString& to, QString& reason) {
+    std::error_code error;
+    std::filesystem::rename(fsPath(from), fsPath(to), error);
+    if (error)
+        reason = QString::fromLocal8Bit(error.message());
+    return !error;
+}
+
+Error copyError(const QString& source, const QString& target, const QString& reason) {
+    return Error(
+        ErrorNumber::Unspecified,
+        QStringLiteral("The document \"%1\" cannot be copied to \"%2\": %3")
+            .arg(QDir::toNativeSeparators(source), QDir::toNativeSeparators(target), reason));
+}
+
+Error folderError(const QDir& folder, const QString& reason) {
+    return Error(ErrorNumber::Unspecified,
+                 QStringLiteral("The document folder \"%1\" does not take new files: %2")
+                     .arg(QDir::toNativeSeparators(folder.absolutePath()), reason));
+}
+
+// Creates a new, empty file under the first of `names` that does not exist yet; returns its
+// name. Throws when the folder refuses a name for another reason than that it is taken.
+template <typename Names>
+QString createExclusively(const QDir& folder, int attempts, Names names) {
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const QString name = names(attempt);
+        QFile file(folder.filePath(name));
+        // NewOnly creates the file or fails when it exists, in one step.
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            return name;
+        if (!file.exists())
+            throw folderError(folder, file.errorString());
+    }
+    return {};
+}
+
+void copyInto(const QString& source, QFile& target) {
+    QFile input(source);
+    if (!input.open(QIODevice::ReadOnly))
+        throw copyError(source, target.fileName(), input.errorString());
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw copyError(source, target.fileName(), target.errorString());
+    QByteArray piece;
+    piece.resize(qsizetype(std::min(CopyPiece, std::max<qint64>(input.size(), 1))));
+    for (;;) {
+        const qint64 read = input.read(piece.data(), piece.size());
+        if (read < 0)
+            throw copyError(source, target.fileName(), input.errorString());
+        if (read == 0)
+            break;
+        if (target.write(piece.constData(), read) != read)
+            throw copyError(source, target.fileName(), target.errorString());
+    }
+    if (!target.flush())
+        throw copyError(source, target.fileName(), target.errorString());
+    target.close();
+    if (target.error() != QFileDevice::NoError)
+        throw copyError(source, target.fileName(), target.errorString());
+}
+
+} // namespace
+
+StoredDocument::StoredDocument(const QDir& folder, const QString& source)
+    : m_folder(folder) {
+    m_workingName =
+        createExclusively(folder, WorkingNameAttempts, [](int) { return workingName(); });
+    if (m_workingName.isEmpty())
+        throw folderError(folder, QStringLiteral("no free working name"));
+    QFile target(folder.filePath(m_workingName));
+    try {
+        copyInto(source, target);
+    } catch (...) {
+        QFile::remove(target.fileName());
+        throw;
+    }
+}
+
+StoredDocument::~StoredDocument() {
+    if (m_kept || m_lost)
+        return;
+    QFile::remove(path());
+}
+
+QString StoredDocument::path() const {
+    return m_folder.filePath(m_name.isEmpty() ? m_workingName : m_name);
+}
+
+QString StoredDocument::placeAs(qint32 itemId, const QString& extension) {
+    if (m_lost)
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("The copy of the document in \"%1\" was lost.")
+                        .arg(QDir::toNativeSeparators(m_folder.absolutePath())));
+    withdraw();
+    const QString name = createExclusively(m_folder, MaximumSuffix, [&](int attempt) {
+        return candidateName(itemId, attempt, extension);
+    });
+    if (name.isEmpty())
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("No free name for item %1 in the document folder \"%2\".")
+                        .arg(itemId)
+                        .arg(QDir::toNativeSeparators(m_folder.absolutePath())));
+    QString reason;
+    if (!moveOver(m_folder.filePath(m_workingName), m_folder.filePath(name), reason)) {
+        QFile::remove(m_folder.filePath(name));
+        throw copyError(m_folder.filePath(m_workingName), m_folder.filePath(name), reason);
+    }
+    m_name = name;
+    return name;
+}
+
+void StoredDocument::withdraw() noexcept {
+    if (m_name.isEmpty() || m_kept)
+        return;
+    QString reason;
+    // The working name was ours and nobody else makes names of its shape.
+    if (!moveOver(m_folder.filePath(m_name), m_folder.filePath(m_workingName), reason)) {
+        QFile::remove(m_folder.filePath(m_name));
+        m_lost = true;
+    }
+    m_name.clear();
+}
+
+void StoredDocument::keep() {
+    m_kept = true;
+}
+
+} // namespace vx
