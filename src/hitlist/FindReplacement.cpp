@@ -63,27 +63,32 @@ bool FindReplacement::replaceOne(const Request& request) {
             if (FormatForCompare(request.type, rows.value(column)) != wanted)
                 continue;
             const qint32 itemId = toInt32(rows.value(QStringLiteral("ItemID")));
-            // Rolled back when it ends uncommitted: declined, not in the result, or failed.
-            Transaction transaction(connection);
             const qsizetype row = rowOfItem(result, itemId);
             if (row < 0)
                 continue;
-            // The change goes to the group table's row; the result follows on requery.
-            rows.setValue(column, request.replaceText);
-            rows.update();
             m_hitList.makeResultRowCurrent(row);
-            if (confirm(question, QStringLiteral("Replace"))) {
-                transaction.commit();
-                m_hitList.requeryList();
-                return true;
+            // Asked before anything is written: other users never wait for the answer, and a
+            // declined replacement leaves nothing to undo.
+            if (!confirm(question, QStringLiteral("Replace")))
+                continue;
+            // The change goes to the group table's row; the result follows on requery. A row
+            // another user changed since it was read fails the write, which is then reported.
+            rows.setValue(column, request.replaceText);
+            try {
+                retryTransient([&] { rows.update(); });
+            } catch (...) {
+                rows.cancelUpdate();
+                throw;
             }
+            m_hitList.requeryList();
+            return true;
         }
         if (!askStartFromBeginning()) {
             if (rows.recordCount() > 0)
                 rows.moveLast();
             return false;
         }
-        // Read the rows again: declined changes were undone in the table, not in these rows.
+        // Read the rows again: other users may have changed them meanwhile.
         rows.requery();
     }
 }

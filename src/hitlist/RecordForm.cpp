@@ -1,7 +1,9 @@
 #include "hitlist/RecordForm.h"
 
+#include "data/Connection.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/RetryTransient.h"
 #include "data/recordset/RecordsetErrors.h"
 #include "operations/HitListContext.h"
 #include "operations/Progressbar.h"
@@ -289,7 +291,8 @@ void RecordForm::Private::writeGroupRow(qint32 itemId) {
                 break;
             }
         }
-        rows.update();
+        // Sent again when it loses to another user's lock; a row changed meanwhile fails.
+        retryTransient([&] { rows.update(); });
         rememberGroupRow(rows, itemId);
     }
     rows.close();
@@ -338,27 +341,33 @@ void RecordForm::Private::writeTextColumn(Recordset& rows, const QString& column
 }
 
 // False when the keyword rows cannot be rewritten: the save stops there.
+// The old rows out and the new ones in as one unit: never half done, and run again whole when
+// it loses to another user's lock or deadlock.
 bool RecordForm::Private::writeKeywordRows(qint32 itemId) {
-    Recordset rows = openWorkRows(QStringLiteral("select * from keywords where itemid = ") +
-                                      numberToText(qint64(itemId)),
-                                  hitList.connection());
-    if (!rows.supports(CursorOption::Update))
-        return false;
-    callMember(keywords, "MoveFirst");
-    while (!rows.eof()) {
-        rows.deleteCurrent();
-        rows.moveNext();
-    }
-    rows.updateBatch();
-    while (!readMember(keywords, "EOF").toBool()) {
-        rows.addNew();
-        rows.setValue(QStringLiteral("keyword"), readMember(keywords, "CurrentListValue"));
-        rows.setValue(QStringLiteral("itemid"), itemId);
-        rows.update();
-        callMember(keywords, "MoveNext");
-    }
-    rows.close();
-    return true;
+    return retryTransient([&] {
+        Transaction transaction(hitList.connection());
+        Recordset rows = openWorkRows(QStringLiteral("select * from keywords where itemid = ") +
+                                          numberToText(qint64(itemId)),
+                                      hitList.connection());
+        if (!rows.supports(CursorOption::Update))
+            return false;
+        callMember(keywords, "MoveFirst");
+        while (!rows.eof()) {
+            rows.deleteCurrent();
+            rows.moveNext();
+        }
+        rows.updateBatch();
+        while (!readMember(keywords, "EOF").toBool()) {
+            rows.addNew();
+            rows.setValue(QStringLiteral("keyword"), readMember(keywords, "CurrentListValue"));
+            rows.setValue(QStringLiteral("itemid"), itemId);
+            rows.update();
+            callMember(keywords, "MoveNext");
+        }
+        rows.close();
+        transaction.commit();
+        return true;
+    });
 }
 
 // Failures here never undo the saved record: each call is tried on its own.

@@ -1,5 +1,6 @@
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/RetryTransient.h"
 #include "operations/DocumentOperations.h"
 #include "operations/HitListContext.h"
 #include "session/Conversions.h"
@@ -12,16 +13,21 @@ namespace {
 // Bit value of the editing-and-deleting right.
 constexpr qint32 DeletingRight = 32;
 
+// Read and written again whole when the write loses to another user's lock or deadlock; a row
+// another user changed meanwhile is a conflict, reported and never run again.
 void markItem(const Connection& connection, qint32 itemId) {
-    Recordset rows;
-    rows.open(QStringLiteral("select * from ktitem where itemid = ") + numberToText(qint64(itemId)),
-              connection, CursorType::Keyset, LockType::Optimistic, CommandType::Text);
-    // An item removed meanwhile is passed over: there is nothing left to mark.
-    if (!rows.eof()) {
-        rows.setValue(QStringLiteral("Deleted"), true);
-        rows.update();
-    }
-    rows.close();
+    retryTransient([&] {
+        Recordset rows;
+        rows.open(QStringLiteral("select * from ktitem where itemid = ") +
+                      numberToText(qint64(itemId)),
+                  connection, CursorType::Keyset, LockType::Optimistic, CommandType::Text);
+        // An item removed meanwhile is passed over: there is nothing left to mark.
+        if (!rows.eof()) {
+            rows.setValue(QStringLiteral("Deleted"), true);
+            rows.update();
+        }
+        rows.close();
+    });
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "data/Error.h"
+#include "data/RetryTransient.h"
 #include "operations/DocumentFileMover.h"
 #include "operations/DocumentOperations.h"
 #include "operations/HitListContext.h"
@@ -70,9 +71,11 @@ Recordset openFileRow(HitListContext& hitList, qint32 itemId) {
     return fileRow;
 }
 
+// One statement of its own, sent again when it loses to another user's lock or deadlock; the
+// row's values as read still guard against a change made meanwhile.
 void storeVolume(Recordset& fileRow, const QString& label) {
     fileRow.setValue(QStringLiteral("Volume"), label);
-    fileRow.update();
+    retryTransient([&] { fileRow.update(); });
 }
 
 // For each selected document in order: its first file row, when it names a file other than the

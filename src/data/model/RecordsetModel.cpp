@@ -2,6 +2,7 @@
 
 #include "data/DataType.h"
 #include "data/Error.h"
+#include "data/RetryTransient.h"
 #include "data/recordset/DateText.h"
 
 #include <QDateTime>
@@ -256,7 +257,9 @@ bool RecordsetModel::setData(const QModelIndex& index, const QVariant& value, in
     try {
         recordset.setPosition(index.row());
         recordset.setValue(index.column(), value);
-        recordset.update();
+        // Sent again when it loses to another user's lock or deadlock; a row changed meanwhile
+        // fails as a conflict.
+        retryTransient([&] { recordset.update(); });
         return true;
     } catch (const Error& error) {
         // Nothing half-written: the row keeps what the table has.
