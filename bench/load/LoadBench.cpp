@@ -2,9 +2,12 @@
 // file documents through the indexing API and then edit random documents, on SQLite and on a
 // throw-away PostgreSQL server. Per engine and user count: documents filed per second (all
 // users together), refused filings, edits refused as conflicts, and whether every new KTFile row
-// has its own stored file and no file is left over.
+// has its own stored file and no file is left over. Every user does the same work whatever the
+// count; the users start filing together, once all are set up (process start and connection
+// are not timed), and start editing together once all have filed, so that one user's edits
+// never compete with another's filing.
 //
-//   vxbench_load [--documents N] [--edits N]   (per user; 40 and 10)
+//   vxbench_load [--documents N] [--edits N]   (per user; 100 and 10)
 //
 // The last line:
 //   load: refused <n>, sqlite 8 users <a>x 1 user, postgres 8 users <b>x 1 user
@@ -62,9 +65,22 @@ qint64 now() {
     return QDateTime::currentMSecsSinceEpoch();
 }
 
+// Waits for the line the parent sends when every user is at the same point.
+bool waitForGo() {
+    char line[16];
+    return std::fgets(line, sizeof line, stdin) != nullptr;
+}
+
+void say(const QByteArray& line) {
+    std::fputs(line.constData(), stdout);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
 // One user: files `documents` documents, then makes `edits` edits of random documents the way
 // the hit list saves a record (a keyset record set on the group row, one column changed).
-// Prints "filed refused conflicts start end".
+// Says "ready", then "filed <filed> <refused> <start> <end>", then "edited <conflicts>", each
+// phase after the parent's go.
 int runWorker(const QStringList& arguments) {
     const QString initFile = arguments.at(0);
     const int documents = arguments.at(1).toInt();
@@ -88,9 +104,13 @@ int runWorker(const QStringList& arguments) {
         std::fprintf(stderr, "SelectGroup: %s\n", qPrintable(api.lastError()));
         return 2;
     }
+    Connection connection = openGroupConnection(initFile);
     int filed = 0;
     int refused = 0;
     QString user = name;
+    say("ready");
+    if (!waitForGo())
+        return 2;
     const qint64 start = now();
     for (int i = 0; i < documents; ++i) {
         QString column = QStringLiteral("InvoiceNo");
@@ -108,9 +128,11 @@ int runWorker(const QStringList& arguments) {
             ++refused;
     }
     const qint64 end = now();
+    say(QStringLiteral("filed %1 %2 %3 %4").arg(filed).arg(refused).arg(start).arg(end).toUtf8());
+    if (!waitForGo())
+        return 2;
 
     int conflicts = 0;
-    Connection connection = openGroupConnection(initFile);
     for (int i = 0; i < edits; ++i) {
         const int id = 1 + int(QRandomGenerator::global()->bounded(300));
         try {
@@ -128,7 +150,7 @@ int runWorker(const QStringList& arguments) {
             std::fprintf(stderr, "edit of %d: %s\n", id, qPrintable(error.description()));
         }
     }
-    std::printf("%d %d %d %lld %lld\n", filed, refused, conflicts, start, end);
+    say(QStringLiteral("edited %1").arg(conflicts).toUtf8());
     return 0;
 }
 
@@ -172,23 +194,50 @@ Outcome runUsers(int users, int documents, int edits, const QString& root, const
                         QString::number(edits), QStringLiteral("user%1").arg(u + 1)});
         workers.push_back(std::move(process));
     }
+    // The next line of a worker, split at blanks; empty when it ended without one.
+    auto nextLine = [](QProcess& process) {
+        while (!process.canReadLine()) {
+            if (!process.waitForReadyRead(-1))
+                return QList<QByteArray>();
+        }
+        return process.readLine().trimmed().split(' ');
+    };
+    auto everyoneGo = [&] {
+        for (auto& process : workers)
+            process->write("go\n");
+    };
     Outcome outcome;
     outcome.users = users;
+    std::vector<bool> alive(workers.size(), true);
+    for (size_t w = 0; w < workers.size(); ++w)
+        alive[w] = nextLine(*workers[w]).value(0) == "ready";
+    everyoneGo();
     qint64 first = std::numeric_limits<qint64>::max();
     qint64 last = 0;
-    for (auto& process : workers) {
-        process->waitForFinished(-1);
-        const QList<QByteArray> parts = process->readAllStandardOutput().trimmed().split(' ');
-        if (process->exitCode() != 0 || parts.size() != 5) {
-            std::fprintf(stderr, "a worker failed (exit %d)\n", process->exitCode());
-            outcome.refused += documents;
+    for (size_t w = 0; w < workers.size(); ++w) {
+        const QList<QByteArray> parts = alive[w] ? nextLine(*workers[w]) : QList<QByteArray>();
+        if (parts.size() != 5 || parts[0] != "filed") {
+            alive[w] = false;
             continue;
         }
-        outcome.filed += parts[0].toInt();
-        outcome.refused += parts[1].toInt();
-        outcome.conflicts += parts[2].toInt();
+        outcome.filed += parts[1].toInt();
+        outcome.refused += parts[2].toInt();
         first = std::min(first, parts[3].toLongLong());
         last = std::max(last, parts[4].toLongLong());
+    }
+    everyoneGo();
+    for (size_t w = 0; w < workers.size(); ++w) {
+        QProcess& process = *workers[w];
+        const QList<QByteArray> parts = alive[w] ? nextLine(process) : QList<QByteArray>();
+        process.closeWriteChannel();
+        process.waitForFinished(-1);
+        if (parts.size() != 2 || parts[0] != "edited" || process.exitCode() != 0) {
+            std::fprintf(stderr, "a worker failed (exit %d)\n", process.exitCode());
+            if (!alive[w])
+                outcome.refused += documents;
+            continue;
+        }
+        outcome.conflicts += parts[1].toInt();
     }
     outcome.perSecond = last > first ? outcome.filed * 1000.0 / double(last - first) : 0;
 
@@ -242,7 +291,7 @@ int main(int argc, char** argv) {
         const int at = int(arguments.indexOf(QLatin1String(name)));
         return at > 0 && at + 1 < arguments.size() ? arguments.at(at + 1).toInt() : fallback;
     };
-    const int documents = option("--documents", 40);
+    const int documents = option("--documents", 100);
     const int edits = option("--edits", 10);
     QTemporaryDir root;
     // The workers find the library catalog in the system folder's zn5000 folder.
