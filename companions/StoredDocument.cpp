@@ -5,8 +5,16 @@
 #include <QByteArray>
 #include <QFile>
 #include <QRandomGenerator>
-#include <filesystem>
-#include <system_error>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#else
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace vx {
 
@@ -33,17 +41,44 @@ QString workingName() {
         .arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0'));
 }
 
-std::filesystem::path fsPath(const QString& path) {
-    return std::filesystem::path(path.toStdU16String());
-}
+enum class Move { Done, TargetExists, Failed };
 
-// Replaces `to` with `from` in one step (both in one folder).
-bool moveOver(const QString& from, const QString& to, QString& reason) {
-    std::error_code error;
-    std::filesystem::rename(fsPath(from), fsPath(to), error);
-    if (error)
-        reason = QString::fromLocal8Bit(error.message());
-    return !error;
+// Renames `from` to `to` in one step unless `to` exists. Nothing is created or deleted on the
+// way: file systems that keep deleted inodes aside for a while slow down as they pile up.
+Move moveUnlessExists(const QString& from, const QString& to, QString& reason) {
+#ifdef Q_OS_WIN
+    if (MoveFileExW(reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(from).utf16()),
+                    reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(to).utf16()), 0))
+        return Move::Done;
+    const DWORD error = GetLastError();
+    if (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS)
+        return Move::TargetExists;
+    reason = QStringLiteral("system error %1").arg(error);
+    return Move::Failed;
+#else
+    const QByteArray source = QFile::encodeName(from);
+    const QByteArray target = QFile::encodeName(to);
+#ifdef RENAME_NOREPLACE
+    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
+        0)
+        return Move::Done;
+    if (errno == EEXIST)
+        return Move::TargetExists;
+    // Some file systems do not know the flag; a second name and the first one's removal do.
+    if (errno != EINVAL && errno != ENOSYS) {
+        reason = QString::fromLocal8Bit(std::strerror(errno));
+        return Move::Failed;
+    }
+#endif
+    if (::link(source.constData(), target.constData()) == 0) {
+        ::unlink(source.constData());
+        return Move::Done;
+    }
+    if (errno == EEXIST)
+        return Move::TargetExists;
+    reason = QString::fromLocal8Bit(std::strerror(errno));
+    return Move::Failed;
+#endif
 }
 
 Error copyError(const QString& source, const QString& target, const QString& reason) {
@@ -132,21 +167,24 @@ QString StoredDocument::placeAs(qint32 itemId, const QString& extension) {
                     QStringLiteral("The copy of the document in \"%1\" was lost.")
                         .arg(QDir::toNativeSeparators(m_folder.absolutePath())));
     withdraw();
-    const QString name = createExclusively(m_folder, MaximumSuffix, [&](int attempt) {
-        return candidateName(itemId, attempt, extension);
-    });
-    if (name.isEmpty())
-        throw Error(ErrorNumber::Unspecified,
-                    QStringLiteral("No free name for item %1 in the document folder \"%2\".")
-                        .arg(itemId)
-                        .arg(QDir::toNativeSeparators(m_folder.absolutePath())));
-    QString reason;
-    if (!moveOver(m_folder.filePath(m_workingName), m_folder.filePath(name), reason)) {
-        QFile::remove(m_folder.filePath(name));
-        throw copyError(m_folder.filePath(m_workingName), m_folder.filePath(name), reason);
+    const QString working = m_folder.filePath(m_workingName);
+    for (int attempt = 0; attempt < MaximumSuffix; ++attempt) {
+        const QString name = candidateName(itemId, attempt, extension);
+        QString reason;
+        switch (moveUnlessExists(working, m_folder.filePath(name), reason)) {
+        case Move::Done:
+            m_name = name;
+            return name;
+        case Move::TargetExists:
+            continue;
+        case Move::Failed:
+            throw copyError(working, m_folder.filePath(name), reason);
+        }
     }
-    m_name = name;
-    return name;
+    throw Error(ErrorNumber::Unspecified,
+                QStringLiteral("No free name for item %1 in the document folder \"%2\".")
+                    .arg(itemId)
+                    .arg(QDir::toNativeSeparators(m_folder.absolutePath())));
 }
 
 void StoredDocument::withdraw() noexcept {
@@ -154,7 +192,8 @@ void StoredDocument::withdraw() noexcept {
         return;
     QString reason;
     // The working name was ours and nobody else makes names of its shape.
-    if (!moveOver(m_folder.filePath(m_name), m_folder.filePath(m_workingName), reason)) {
+    if (moveUnlessExists(m_folder.filePath(m_name), m_folder.filePath(m_workingName), reason) !=
+        Move::Done) {
         QFile::remove(m_folder.filePath(m_name));
         m_lost = true;
     }

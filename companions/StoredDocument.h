@@ -9,8 +9,8 @@ namespace vx {
 // first under a hidden working name of the filer's own, before any transaction; once the item
 // id is known the finished copy is moved under its stored name: "<id>.<ext>" or, when that
 // exists, "<id>_<n>.<ext>" with the first free n (the extension cut so that the whole stays
-// within 20 characters). The stored name is taken by creating it exclusively, so two filers
-// never take the same one, and the copy replaces that empty file in one step: nobody sees a
+// within 20 characters). The name is taken by moving the finished copy under it in one step
+// that fails when the name exists, so two filers never take the same one and nobody sees a
 // half-written document under a stored name. Unless kept, the file is removed when the object
 // goes, under whichever name it then has.
 class StoredDocument {

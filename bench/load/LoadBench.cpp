@@ -202,9 +202,12 @@ Outcome runUsers(int users, int documents, int edits, const QString& root, const
         }
         return process.readLine().trimmed().split(' ');
     };
+    // Sent to all before any answer is awaited (a QProcess writes only while waited on).
     auto everyoneGo = [&] {
         for (auto& process : workers)
             process->write("go\n");
+        for (auto& process : workers)
+            process->waitForBytesWritten(-1);
     };
     Outcome outcome;
     outcome.users = users;
