@@ -6,17 +6,25 @@
 
 namespace vx {
 
-// What a result knows about one of its columns.
+/// What a result knows about one of its columns: name, type and size, and where it comes from.
 struct ColumnInfo {
-    QString name; // as the result names it ("table.column" when the name repeats)
+    /// The name the result gives the column ("table.column" when the name repeats).
+    QString name;
+    /// The column's type, taken from its declared type.
     DataType type = DataType::LongVarWChar;
-    qint32 definedSize = 0; // characters for text, bytes for fixed-size types
-    QString baseTable;      // empty for computed columns
+    /// Characters for text columns, bytes for fixed-size types.
+    qint32 definedSize = 0;
+    /// The table the column is read from; empty for computed columns.
+    QString baseTable;
+    /// The column's name in its base table.
     QString baseColumn;
-    bool keyColumn = false;     // part of the base table's primary key
-    bool autoIncrement = false; // filled in by the engine on insert
+    /// Part of the base table's primary key.
+    bool keyColumn = false;
+    /// Filled in by the engine when a row is inserted.
+    bool autoIncrement = false;
 };
 
+/// The columns of a result, in result order.
 using ColumnList = QList<ColumnInfo>;
 
 } // namespace vx
