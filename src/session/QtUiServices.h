@@ -5,9 +5,10 @@
 
 namespace vx {
 
-// The services a real user sees: Qt's standard dialogs and the desktop's programs.
+/// The services a real user sees: Qt's standard dialogs and the desktop's programs.
 class VXUILIB_EXPORT QtUiServices : public UiServices {
 public:
+    /// \cond internal
     MessageAnswer messageBox(const QString& text, int style, const QString& title) override;
     std::optional<QString> inputBox(const QString& prompt, const QString& title,
                                     const QString& defaultText) override;
@@ -16,6 +17,7 @@ public:
     void processEvents() override;
     void sleep(int milliseconds) override;
     bool shellExecute(const QString& verb, const QString& file) override;
+    /// \endcond
 
 private:
     int m_busyDepth = 0;
