@@ -6,13 +6,5 @@ cd "$(dirname "$0")/.."
 scripts/bootstrap.sh
 build=${VX_BUILD_DIR:-build}
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-out="$build/docs"
-rm -rf "$out"
-mkdir -p "$out"
-doxygen "$build/Doxyfile"
-if [ -s "$out/warnings.log" ]; then
-  cat "$out/warnings.log" >&2
-  echo "docs: $(wc -l <"$out/warnings.log") warning lines, see above" >&2
-  exit 1
-fi
-echo "docs: no warnings; open $out/html/index.html"
+cmake -DDOXYGEN="$(command -v doxygen)" -DDOXYFILE="$build/Doxyfile" -DOUTPUT_DIR="$build/docs" \
+  -P cmake/RunDoxygen.cmake
