@@ -1,5 +1,6 @@
 #include "companions/ScanIndex.h"
 
+#include "companions/StagingFolder.h"
 #include "companions/StoredDocument.h"
 #include "companions/form/SqlText.h"
 #include "data/Connection.h"
@@ -55,6 +56,7 @@ struct ScanIndex::Private {
     QString volume;      // of the document folder, read once
     QString layoutGroup; // whose columns groupLayout holds
     std::unique_ptr<RowStore> groupLayout;
+    StagingFolder staging; // where this session's copies are written
 
     qint32 fileDocument(const QString& path, const QString& user);
     qint32 fileOnce(const QFileInfo& source, StoredDocument& document, const QString& user);
@@ -209,7 +211,7 @@ qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user
 
     // The copy is made before the filing's transaction, which stays short: several users file
     // at once and each waits for the others' transactions, not for their copies.
-    StoredDocument document(folder, source.absoluteFilePath());
+    StoredDocument document(folder, source.absoluteFilePath(), staging.in(folder));
 
     // A filing that lost a race for an id, a lock or a row is run again whole; each run leaves
     // nothing behind when it fails.
@@ -231,7 +233,8 @@ qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user
 
 qint32 ScanIndex::Private::fileOnce(const QFileInfo& source, StoredDocument& document,
                                     const QString& user) {
-    Transaction transaction(connection);
+    // Any failure rolls the filing back whole: no statement needs undoing on its own.
+    Transaction transaction(connection, TransactionKind::AllOrNothing);
     // Taken inside the filing's transaction: a counter row raised for it rolls back with it.
     const qint32 itemId = IdCounter::next(connection, IdCounter::Kind::Item);
     const qint32 fileId = IdCounter::next(connection, IdCounter::Kind::File);

@@ -136,13 +136,14 @@ void copyInto(const QString& source, QFile& target) {
 
 } // namespace
 
-StoredDocument::StoredDocument(const QDir& folder, const QString& source)
-    : m_folder(folder) {
+StoredDocument::StoredDocument(const QDir& folder, const QString& source, const QString& staging)
+    : m_folder(folder)
+    , m_staging(staging.isEmpty() ? folder : QDir(staging)) {
     m_workingName =
-        createExclusively(folder, WorkingNameAttempts, [](int) { return workingName(); });
+        createExclusively(m_staging, WorkingNameAttempts, [](int) { return workingName(); });
     if (m_workingName.isEmpty())
-        throw folderError(folder, QStringLiteral("no free working name"));
-    QFile target(folder.filePath(m_workingName));
+        throw folderError(m_staging, QStringLiteral("no free working name"));
+    QFile target(m_staging.filePath(m_workingName));
     try {
         copyInto(source, target);
     } catch (...) {
@@ -158,7 +159,7 @@ StoredDocument::~StoredDocument() {
 }
 
 QString StoredDocument::path() const {
-    return m_folder.filePath(m_name.isEmpty() ? m_workingName : m_name);
+    return m_name.isEmpty() ? m_staging.filePath(m_workingName) : m_folder.filePath(m_name);
 }
 
 QString StoredDocument::placeAs(qint32 itemId, const QString& extension) {
@@ -167,7 +168,7 @@ QString StoredDocument::placeAs(qint32 itemId, const QString& extension) {
                     QStringLiteral("The copy of the document in \"%1\" was lost.")
                         .arg(QDir::toNativeSeparators(m_folder.absolutePath())));
     withdraw();
-    const QString working = m_folder.filePath(m_workingName);
+    const QString working = m_staging.filePath(m_workingName);
     for (int attempt = 0; attempt < MaximumSuffix; ++attempt) {
         const QString name = candidateName(itemId, attempt, extension);
         QString reason;
@@ -192,7 +193,7 @@ void StoredDocument::withdraw() noexcept {
         return;
     QString reason;
     // The working name was ours and nobody else makes names of its shape.
-    if (moveUnlessExists(m_folder.filePath(m_name), m_folder.filePath(m_workingName), reason) !=
+    if (moveUnlessExists(m_folder.filePath(m_name), m_staging.filePath(m_workingName), reason) !=
         Move::Done) {
         QFile::remove(m_folder.filePath(m_name));
         m_lost = true;

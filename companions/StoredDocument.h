@@ -15,9 +15,10 @@ namespace vx {
 // goes, under whichever name it then has.
 class StoredDocument {
 public:
-    // Copies `source` into the folder; throws vx::Error when the folder takes no new file or
-    // reading or writing fails (nothing is left behind then).
-    StoredDocument(const QDir& folder, const QString& source);
+    // Copies `source` under a working name in `staging` (a folder on the same volume; by
+    // default `folder` itself); throws vx::Error when the folder takes no new file or reading
+    // or writing fails (nothing is left behind then).
+    StoredDocument(const QDir& folder, const QString& source, const QString& staging = {});
     ~StoredDocument();
     StoredDocument(const StoredDocument&) = delete;
     StoredDocument& operator=(const StoredDocument&) = delete;
@@ -37,6 +38,7 @@ public:
 
 private:
     QDir m_folder;
+    QDir m_staging;
     QString m_workingName;
     QString m_name; // the stored name while placed
     bool m_lost = false;

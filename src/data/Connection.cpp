@@ -164,8 +164,12 @@ qint64 Connection::execute(const QString& sql) {
     return driver.execute(sql);
 }
 
-void Connection::beginTrans() {
-    d->openDriver().beginTransaction();
+void Connection::beginTrans(TransactionKind kind) {
+    Driver& driver = d->openDriver();
+    if (kind == TransactionKind::AllOrNothing)
+        driver.beginAllOrNothingTransaction();
+    else
+        driver.beginTransaction();
 }
 
 void Connection::commitTrans() {
@@ -202,9 +206,9 @@ Driver& Connection::driver() const {
     return d->openDriver();
 }
 
-Transaction::Transaction(Connection connection)
+Transaction::Transaction(Connection connection, TransactionKind kind)
     : m_connection(std::move(connection)) {
-    m_connection.beginTrans();
+    m_connection.beginTrans(kind);
 }
 
 Transaction::~Transaction() {

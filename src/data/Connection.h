@@ -17,6 +17,16 @@ enum class SchemaKind {
     ProviderTypes = 22 ///< The engine's data types with their sizes and literal quoting.
 };
 
+/// What a statement failing inside a transaction undoes.
+enum class TransactionKind {
+    /// Itself alone, and the transaction goes on, as the old engine behaved (a server pays a
+    /// savepoint per statement for it).
+    StatementRollback,
+    /// The whole transaction, which the caller then rolls back: enough for a unit of work that
+    /// is undone whole on any failure.
+    AllOrNothing
+};
+
 /// A connection to a repository (SQLite file or PostgreSQL database), opened from the text the
 /// controls build or from a provider init string. Copies share one session, as references to
 /// the platform's connection object do; the session closes when the last copy and record set
@@ -56,7 +66,7 @@ public:
     qint64 execute(const QString& sql);
 
     /// Starts a transaction, nested inside the current one if any.
-    void beginTrans();
+    void beginTrans(TransactionKind kind = TransactionKind::StatementRollback);
     /// Commits the innermost transaction.
     void commitTrans();
     /// Rolls back the innermost transaction.
@@ -90,7 +100,8 @@ private:
 class VXDATA_EXPORT Transaction {
 public:
     /// Begins a transaction on the connection.
-    explicit Transaction(Connection connection);
+    explicit Transaction(Connection connection,
+                         TransactionKind kind = TransactionKind::StatementRollback);
     /// Rolls back unless commit() ran.
     ~Transaction();
     Transaction(const Transaction&) = delete;

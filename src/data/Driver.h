@@ -59,6 +59,9 @@ public:
 
     // Transactions nest: a transaction begun inside another commits or rolls back on its own.
     virtual void beginTransaction() = 0;
+    // A transaction its caller rolls back whole on any failure, so that a failing statement
+    // need not undo itself alone; by default an ordinary one.
+    virtual void beginAllOrNothingTransaction() { beginTransaction(); }
     virtual void commitTransaction() = 0;
     virtual void rollbackTransaction() = 0;
     // How many transactions are open, 0 outside any (also after the engine dropped one).

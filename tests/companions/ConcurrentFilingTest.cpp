@@ -38,10 +38,11 @@ protected:
         return rows.eof() ? 0 : rows.value(0).toLongLong();
     }
 
-    // Hidden ones too: a filer's working copy left behind is a stray file as well.
+    // Hidden ones and folders too: a filer's working copy or folder left behind is stray.
     QSet<QString> documentFiles() const {
-        const QStringList names =
-            QDir(sample.documentFolder()).entryList(QDir::Files | QDir::Hidden | QDir::System);
+        const QStringList names = QDir(sample.documentFolder())
+                                      .entryList(QDir::Files | QDir::Dirs | QDir::Hidden |
+                                                 QDir::System | QDir::NoDotAndDotDot);
         return QSet<QString>(names.begin(), names.end());
     }
 

@@ -1,9 +1,11 @@
 #include "companions/StoredDocument.h"
 
+#include "companions/StagingFolder.h"
 #include "data/Error.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -85,6 +87,32 @@ TEST_F(StoredDocumentTest, AWithdrawnNameIsFreeAgainAndTheCopyMovesToTheNextIds)
     EXPECT_EQ(document.placeAs(7, "pdf"), "7.pdf");
     EXPECT_EQ(entries(), QStringList{"7.pdf"});
     EXPECT_EQ(read(folder.filePath("7.pdf")), "the document");
+}
+
+TEST_F(StoredDocumentTest, ACopyWrittenInTheSessionsStagingFolderMovesInAndBackOut) {
+    auto staged = [](const QString& path) {
+        return QDir(path).entryList(QDir::Files | QDir::Hidden).size();
+    };
+    {
+        StagingFolder staging;
+        const QString path = staging.in(folder);
+        EXPECT_EQ(QFileInfo(path).absolutePath(), folder.absolutePath());
+        {
+            StoredDocument document(folder, source, path);
+            EXPECT_EQ(staged(path), 1);
+            EXPECT_EQ(document.placeAs(3, "pdf"), "3.pdf");
+            EXPECT_EQ(staged(path), 0);
+            document.withdraw();
+            EXPECT_EQ(staged(path), 1);
+            EXPECT_FALSE(QFile::exists(folder.filePath("3.pdf")));
+            EXPECT_EQ(document.placeAs(4, "pdf"), "4.pdf");
+            document.keep();
+        }
+        EXPECT_EQ(staging.in(folder), path); // one folder for the whole session
+    }
+    // The session's folder goes with it.
+    EXPECT_EQ(folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+              QStringList{"4.pdf"});
 }
 
 TEST_F(StoredDocumentTest, NothingStaysWhenTheFilingDoesNotKeepIt) {

@@ -64,6 +64,29 @@ TEST_F(PostgresWrite, RowsAreWrittenBackByKeyOrPosition) {
                     ErrorNumber::TableNotFound);
 }
 
+// An all-or-nothing transaction sends its statements bare: the first failure spoils the whole
+// transaction, which is rolled back; the next ordinary transaction guards its statements again.
+TEST_F(PostgresWrite, AnAllOrNothingTransactionEndsWholeAtItsFirstFailure) {
+    driver->beginAllOrNothingTransaction();
+    driver->execute(u"INSERT INTO Words (Word) VALUES ('kept?')"_s);
+    postgresErrorOf([&] { driver->execute(u"INSERT INTO Missing VALUES (1)"_s); },
+                    ErrorNumber::TableNotFound);
+    // Nothing more runs in it, and its earlier statements go with it.
+    EXPECT_THROW(driver->execute(u"INSERT INTO Words (Word) VALUES ('after')"_s), Error);
+    driver->rollbackTransaction();
+    EXPECT_EQ(count(u"SELECT count(*) FROM Words WHERE Word IN ('kept?', 'after')"_s), 0);
+
+    driver->beginAllOrNothingTransaction();
+    driver->execute(u"INSERT INTO Words (Word) VALUES ('whole')"_s);
+    driver->commitTransaction();
+    driver->beginTransaction();
+    postgresErrorOf([&] { driver->execute(u"INSERT INTO Missing VALUES (1)"_s); },
+                    ErrorNumber::TableNotFound);
+    driver->execute(u"INSERT INTO Words (Word) VALUES ('guarded')"_s);
+    driver->commitTransaction();
+    EXPECT_EQ(count(u"SELECT count(*) FROM Words WHERE Word IN ('whole', 'guarded')"_s), 2);
+}
+
 TEST_F(PostgresWrite, TransactionsNestAndSurviveFailedStatements) {
     driver->beginTransaction();
     driver->execute(u"INSERT INTO Words (Word) VALUES ('outer')"_s);

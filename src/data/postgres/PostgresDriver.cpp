@@ -250,6 +250,10 @@ void PostgresDriver::beginTransaction() {
     d->session.begin();
 }
 
+void PostgresDriver::beginAllOrNothingTransaction() {
+    d->session.begin(Session::StatementGuard::Off);
+}
+
 void PostgresDriver::commitTransaction() {
     d->session.commit();
 }

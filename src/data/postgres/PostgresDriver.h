@@ -26,6 +26,7 @@ public:
     std::unique_ptr<RowStream> streamTable(const QString& table) override;
 
     void beginTransaction() override;
+    void beginAllOrNothingTransaction() override;
     void commitTransaction() override;
     void rollbackTransaction() override;
     int transactionLevel() const override;

@@ -119,7 +119,7 @@ ResultHandle Session::runAll(const QList<QByteArray>& statements) {
 ResultHandle Session::runPipeline(const std::vector<Command>& commands) {
     PGconn* connection = this->connection();
     keepStandardStrings(connection);
-    const bool guarded = m_level > 0;
+    const bool guarded = guardsStatements();
     std::vector<Command> queue;
     if (guarded)
         queue.push_back({&savepoint, &noParameters});
@@ -189,11 +189,21 @@ void Session::control(const char* sql) {
         throw errorFromResult(result.get(), connection);
 }
 
-void Session::begin() {
+void Session::begin(StatementGuard guard) {
+    if (level() < m_bareFrom) // the bare transaction ended
+        m_bareFrom = 0;
     control(m_level == 0
                 ? "BEGIN"
                 : QByteArray("SAVEPOINT vx_level_" + QByteArray::number(m_level)).constData());
     ++m_level;
+    if (guard == StatementGuard::Off && m_bareFrom == 0)
+        m_bareFrom = m_level;
+}
+
+bool Session::guardsStatements() const {
+    if (level() < m_bareFrom)
+        m_bareFrom = 0;
+    return m_level > 0 && m_bareFrom == 0;
 }
 
 void Session::commit() {

@@ -36,7 +36,10 @@ public:
     // Several statements as one unit: all take effect or none. Returns the last one's result.
     ResultHandle runAll(const QList<QByteArray>& statements);
 
-    void begin();
+    // Off: statements inside run bare, and the first failure aborts the whole transaction,
+    // which its caller rolls back (nested transactions inside it run bare as well).
+    enum class StatementGuard { On, Off };
+    void begin(StatementGuard guard = StatementGuard::On);
     void commit();
     void rollback();
     int level() const;
@@ -54,7 +57,9 @@ private:
     void keepStandardStrings(PGconn* connection);
 
     ConnectionHandle m_connection;
-    mutable int m_level = 0; // corrected when the server ended the transaction
+    mutable int m_level = 0;    // corrected when the server ended the transaction
+    mutable int m_bareFrom = 0; // the level from which statements run bare; 0: none
+    bool guardsStatements() const;
 };
 
 } // namespace vx::postgres
