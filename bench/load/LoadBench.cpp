@@ -7,7 +7,7 @@
 // are not timed), and start editing together once all have filed, so that one user's edits
 // never compete with another's filing.
 //
-//   vxbench_load [--documents N] [--edits N] [--rounds N]   (per user; 100, 10; 3 rounds)
+//   vxbench_load [--documents N] [--edits N] [--rounds N]   (per user; 400, 10; 3 rounds)
 //
 // Each user count runs several rounds, taken in turn, and its best round counts: the machine
 // is shared, and a build starting next to one round would otherwise decide the ratio.
@@ -317,7 +317,7 @@ int main(int argc, char** argv) {
         const int at = int(arguments.indexOf(QLatin1String(name)));
         return at > 0 && at + 1 < arguments.size() ? arguments.at(at + 1).toInt() : fallback;
     };
-    const int documents = option("--documents", 100);
+    const int documents = option("--documents", 400);
     const int edits = option("--edits", 10);
     const int rounds = std::max(1, option("--rounds", 3));
     QTemporaryDir root;
