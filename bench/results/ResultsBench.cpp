@@ -74,10 +74,11 @@ public:
         m_painted = false;
         m_timer.start();
     }
-    // Runs the event loop until the viewport has painted; the seconds since arm().
+    // Runs the event loop until the viewport has painted; the seconds since arm(). The loop
+    // sleeps between events: a spinning loop would take a core from the reading thread.
     double waitForPaint() {
         while (!m_painted)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
         return m_at;
     }
     const QElapsedTimer& timer() const { return m_timer; }
@@ -106,6 +107,9 @@ struct Figures {
     double fullLoad = 0;
     double rawLoop = 0;
 };
+
+// Each figure is the best of this many runs.
+constexpr int Runs = 3;
 
 // Keeps the raw loops' reads from being optimised away.
 volatile std::size_t sink = 0;
@@ -187,7 +191,7 @@ void measureHitList(const repo::SampleResult& sample, qsizetype rows, Figures& f
     hitList.setDoQuery(ResultQuery);
     figures.firstPaint = watch.waitForPaint();
     while (grid->model()->rowCount() < rows)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     figures.fullLoad = seconds(watch.timer());
     figures.rows = grid->model()->rowCount();
     hitList.Done();
@@ -214,6 +218,21 @@ double measureLazyQt(QSqlDatabase database, const QString& sql) {
     return painted;
 }
 
+// The hit list and the lazy Qt view in turns, the best of each: the first run of either pays
+// for loading code and warming caches that the other would then find ready.
+void measureBoth(const repo::SampleResult& sample, qsizetype rows, QSqlDatabase database,
+                 const QString& sql, Figures& f) {
+    f.firstPaint = f.fullLoad = f.lazyQtPaint = 1e9;
+    for (int run = 0; run < Runs; ++run) {
+        Figures hitList;
+        measureHitList(sample, rows, hitList);
+        f.rows = hitList.rows;
+        f.firstPaint = std::min(f.firstPaint, hitList.firstPaint);
+        f.fullLoad = std::min(f.fullLoad, hitList.fullLoad);
+        f.lazyQtPaint = std::min(f.lazyQtPaint, measureLazyQt(database, sql));
+    }
+}
+
 void report(const char* engine, const Figures& f, const char* raw) {
     std::printf("  %s: %lld rows\n", engine, qint64(f.rows));
     std::printf("    first paint  hit list %8.3f s   lazy Qt view %8.3f s   ratio %.2f\n",
@@ -234,12 +253,11 @@ Figures measureSqlite(int documents, const QString& root) {
     const QByteArray sql = SqliteDialect().rewrite(ResultQuery).toUtf8();
     Figures f;
     qsizetype rows = 0;
-    f.rawLoop = bestOf(3, [&] { return rawSqlite(sample.databasePath, sql, rows); });
-    measureHitList(sample, rows, f);
+    f.rawLoop = bestOf(Runs, [&] { return rawSqlite(sample.databasePath, sql, rows); });
     QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"),
                                                       QStringLiteral("lazy%1").arg(documents));
     database.setDatabaseName(sample.databasePath);
-    f.lazyQtPaint = measureLazyQt(database, QString::fromUtf8(sql));
+    measureBoth(sample, rows, database, QString::fromUtf8(sql), f);
     report("SQLite", f, "raw loop");
     return f;
 }
@@ -263,8 +281,7 @@ std::optional<Figures> measurePostgres(int documents, const QString& root) {
     const QByteArray sql = statements.value(0).toUtf8();
     Figures f;
     qsizetype rows = 0;
-    f.rawLoop = bestOf(3, [&] { return rawLibpq(options.server, sql, rows); });
-    measureHitList(sample, rows, f);
+    f.rawLoop = bestOf(Runs, [&] { return rawLibpq(options.server, sql, rows); });
     const ConnectionProperties properties = ConnectionProperties::parse(options.server);
     QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"),
                                                       QStringLiteral("lazypg%1").arg(documents));
@@ -273,7 +290,7 @@ std::optional<Figures> measurePostgres(int documents, const QString& root) {
     database.setDatabaseName(properties.value("Database"));
     database.setUserName(properties.value("User ID"));
     database.setPassword(properties.value("Password"));
-    f.lazyQtPaint = measureLazyQt(database, QString::fromUtf8(sql));
+    measureBoth(sample, rows, database, QString::fromUtf8(sql), f);
     report("PostgreSQL", f, "libpq loop");
     return f;
 }
