@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 #include "data/LocalTimeZone.h"
+#include "data/MaterialisedResultStream.h"
 #include "data/dbf/DbfDriver.h"
 #include "data/postgres/PostgresDriver.h"
 #include "data/sqlite/SqliteDriver.h"
@@ -16,8 +17,8 @@ std::unique_ptr<RowStore> Driver::tableStructure(const QString& table) {
     return emptyLike(*selectTable(table));
 }
 
-std::unique_ptr<RowStream> Driver::streamTable(const QString& table) {
-    return std::make_unique<MaterialisedRowStream>(selectTable(table));
+std::unique_ptr<ResultStream> Driver::streamTable(const QString& table) {
+    return std::make_unique<MaterialisedResultStream>(selectTable(table));
 }
 
 void Driver::raiseSequence(const QString&, const QString&, const QString&) {
@@ -54,29 +55,10 @@ void registerBuiltins() {
     });
 }
 
-// A result read whole, handed out in one piece.
-class WholeResultStream : public ResultStream {
-public:
-    explicit WholeResultStream(std::unique_ptr<RowStore> rows)
-        : m_rows(std::move(rows))
-        , m_columns(m_rows->columns()) {}
-
-    const ColumnList& columns() const override { return m_columns; }
-    bool orderBy(const std::vector<SortColumn>&) override { return false; }
-    std::unique_ptr<RowStore> read(qsizetype) override {
-        return m_rows ? std::move(m_rows) : std::make_unique<RowStore>(m_columns);
-    }
-    bool atEnd() const override { return !m_rows; }
-
-private:
-    std::unique_ptr<RowStore> m_rows;
-    ColumnList m_columns;
-};
-
 } // namespace
 
 std::unique_ptr<ResultStream> Driver::openStream(const QString& sql) {
-    return std::make_unique<WholeResultStream>(select(sql));
+    return std::make_unique<MaterialisedResultStream>(select(sql));
 }
 
 void registerDriver(const QString& provider, DriverFactory factory) {

@@ -4,7 +4,6 @@
 #include "data/ResultStream.h"
 #include "data/RowAppender.h"
 #include "data/RowStore.h"
-#include "data/RowStream.h"
 
 #include <QStringList>
 #include <QVariantList>
@@ -55,7 +54,7 @@ public:
     virtual std::unique_ptr<RowStore> tableStructure(const QString& table);
     // The rows of a table-direct open, in table order, a piece at a time, described by
     // tableStructure(table). By default the whole table is read first.
-    virtual std::unique_ptr<RowStream> streamTable(const QString& table);
+    virtual std::unique_ptr<ResultStream> streamTable(const QString& table);
 
     // Transactions nest: a transaction begun inside another commits or rolls back on its own.
     virtual void beginTransaction() = 0;

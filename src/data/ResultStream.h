@@ -8,10 +8,11 @@
 
 namespace vx {
 
-// A query's rows read a piece at a time, for showing the first of them while the rest are
-// still coming. The columns are known before any row is read. A stream belongs to one
-// connection and is used by one thread at a time; it may be handed to another thread between
-// reads.
+// A query's (or a table's) rows read a piece at a time, in the order the engine returns them,
+// so that a reader moving forward never waits for (or holds) the whole result: the first rows
+// go on screen while the rest are still coming. The columns are known before any row is read.
+// A stream belongs to one connection and is used by one thread at a time; it may be handed to
+// another thread between reads.
 class ResultStream {
 public:
     virtual ~ResultStream() = default;
@@ -24,11 +25,16 @@ public:
     // (text compared by another collation, a column whose type shows only in its values, a
     // query whose shape leaves no room for the order): the rows then come as the query gives
     // them.
-    virtual bool orderBy(const std::vector<SortColumn>& columns) = 0;
-    // Up to `maxRows` further rows, in a store of the result's columns; no rows at the end.
-    // Throws vx::Error when the engine fails part-way.
-    virtual std::unique_ptr<RowStore> read(qsizetype maxRows) = 0;
+    virtual bool orderBy(const std::vector<SortColumn>& columns);
+    // Appends up to `maxRows` further rows to `into`, whose columns are the stream's; returns
+    // how many, 0 at the end. Throws vx::Error when the engine fails part-way.
+    virtual qsizetype fetch(RowStore& into, qsizetype maxRows) = 0;
+    // Up to `maxRows` further rows in a store of their own; no rows at the end.
+    virtual std::unique_ptr<RowStore> read(qsizetype maxRows);
     virtual bool atEnd() const = 0;
 };
+
+// An empty store with the columns of `rows`.
+std::unique_ptr<RowStore> emptyLike(const RowStore& rows);
 
 } // namespace vx

@@ -6,7 +6,6 @@
 #include "data/postgres/PostgresErrors.h"
 #include "data/postgres/PostgresResultReader.h"
 #include "data/postgres/PostgresResultStream.h"
-#include "data/postgres/PostgresRowStream.h"
 #include "data/postgres/PostgresRowWriter.h"
 #include "data/postgres/PostgresSchema.h"
 #include "data/postgres/PostgresSession.h"
@@ -238,12 +237,12 @@ std::unique_ptr<RowStore> PostgresDriver::tableStructure(const QString& table) {
     return readResult(result.get(), d->catalog, sql);
 }
 
-std::unique_ptr<RowStream> PostgresDriver::streamTable(const QString& table) {
+std::unique_ptr<ResultStream> PostgresDriver::streamTable(const QString& table) {
     d->session.connection();
     const CatalogTable& target = d->catalog.resolve(plainTableName(table));
     const QByteArray query = "SELECT * FROM " + target.quotedName();
     const QByteArray name = "vx_rows_" + QByteArray::number(++d->streamCount);
-    return std::make_unique<RowStreamCursor>(d->session, query, name);
+    return std::make_unique<PostgresResultStream>(d->session, d->catalog, query, name);
 }
 
 void PostgresDriver::beginTransaction() {

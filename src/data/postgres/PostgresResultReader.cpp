@@ -1,9 +1,11 @@
 #include "data/postgres/PostgresResultReader.h"
 
 #include "data/dialect/SqlLexer.h"
+#include "data/postgres/PostgresBinaryCells.h"
 #include "data/postgres/PostgresCatalog.h"
 
 #include <QHash>
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <limits>
@@ -274,15 +276,29 @@ ResultDecoder::ResultDecoder(const PGresult* result, Catalog& catalog, const QSt
         m_columns.append(column.info);
         m_kinds.push_back(int(column.kind));
     }
+    m_binary = postgres::readsBinary(m_types);
 }
 
 ResultDecoder::~ResultDecoder() = default;
 
-void ResultDecoder::append(RowStore& rows, const PGresult* result) const {
+void ResultDecoder::append(RowStore& rows, const PGresult* result, int first, int count) const {
     const int columnCount = int(m_kinds.size());
-    const int rowCount = PQntuples(result);
-    rows.reserve(rows.rowCount() + rowCount);
-    for (int row = 0; row < rowCount; ++row) {
+    const int end = count < 0 ? PQntuples(result) : std::min(PQntuples(result), first + count);
+    rows.reserve(rows.rowCount() + std::max(0, end - first));
+    if (columnCount > 0 && PQfformat(result, 0) == 1) {
+        for (int row = first; row < end; ++row) {
+            for (int i = 0; i < columnCount; ++i) {
+                if (PQgetisnull(result, row, i))
+                    rows.appendNull();
+                else
+                    appendBinaryCell(rows, m_types[size_t(i)], PQgetvalue(result, row, i),
+                                     PQgetlength(result, row, i));
+            }
+            rows.endRow();
+        }
+        return;
+    }
+    for (int row = first; row < end; ++row) {
         for (int i = 0; i < columnCount; ++i) {
             if (PQgetisnull(result, row, i))
                 rows.appendNull();

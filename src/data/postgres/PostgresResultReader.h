@@ -10,8 +10,9 @@ namespace vx::postgres {
 
 class Catalog;
 
-// Reads text-format results of one query: the columns described once (from a result or from
-// the statement's description), then the rows of each result appended as they arrive.
+// Reads the results of one query, in the text or the binary format: the columns described once
+// (from a result or from the statement's description), then the rows of each result appended as
+// they arrive.
 class ResultDecoder {
 public:
     // `fitCheck`: a computed 64-bit column reads as 32-bit when every value of `result` fits,
@@ -22,12 +23,16 @@ public:
     const ColumnList& columns() const { return m_columns; }
     // The server's type of a column.
     Oid typeOf(int column) const { return m_types[size_t(column)]; }
-    void append(RowStore& rows, const PGresult* result) const;
+    // Whether the server can send the rows in its binary format (cheaper to read).
+    bool readsBinary() const { return m_binary; }
+    // Appends `count` rows of `result` from `first` on (all of them by default).
+    void append(RowStore& rows, const PGresult* result, int first = 0, int count = -1) const;
 
 private:
     ColumnList m_columns;
     std::vector<int> m_kinds;
     std::vector<Oid> m_types;
+    bool m_binary = false;
 };
 
 // Materialises a text-format result: column types and defined sizes from the type OIDs and

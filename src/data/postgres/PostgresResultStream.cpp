@@ -4,6 +4,9 @@
 #include "data/dialect/LeadingOrder.h"
 #include "data/postgres/PostgresErrors.h"
 #include "data/postgres/PostgresResultReader.h"
+#include "data/postgres/PostgresSession.h"
+
+#include <algorithm>
 
 namespace vx::postgres {
 
@@ -27,18 +30,41 @@ bool serverOrders(Oid type) {
     }
 }
 
+ResultHandle describeStatement(PGconn* connection, const QByteArray& statement,
+                               const QString& spelled) {
+    ResultHandle prepared(PQprepare(connection, "", statement.constData(), 0, nullptr));
+    if (!prepared)
+        throw connectionError(connection, QStringLiteral("The statement could not be sent"));
+    if (PQresultStatus(prepared.get()) != PGRES_COMMAND_OK)
+        throw spelledAsWritten(errorFromResult(prepared.get(), connection), spelled);
+    ResultHandle described(PQdescribePrepared(connection, ""));
+    if (!described)
+        throw connectionError(connection, QStringLiteral("The statement could not be sent"));
+    if (PQresultStatus(described.get()) != PGRES_COMMAND_OK)
+        throw spelledAsWritten(errorFromResult(described.get(), connection), spelled);
+    return described;
+}
+
 } // namespace
 
 struct PostgresResultStream::Private {
     PGconn* connection = nullptr;
-    Catalog* catalog = nullptr;
+    Session* session = nullptr; // held streams only
     QString sql;
     std::function<QByteArray(const QString&)> rewrite;
     QByteArray statement;
+    QByteArray cursor = "vx_rows";
     std::unique_ptr<ResultDecoder> decoder;
     bool started = false;
     bool ended = false;
     bool inTransaction = false;
+    bool cursorOpen = false;
+
+    // The piece being handed out, and the FETCH already sent for the next one.
+    ResultHandle piece;
+    int pieceNext = 0;
+    qsizetype pieceAsked = 0;
+    qsizetype pending = 0; // rows asked for by a FETCH whose result is not read yet
 
     ResultHandle exec(const QByteArray& text, ExecStatusType wanted) {
         ResultHandle result(PQexec(connection, text.constData()));
@@ -48,12 +74,85 @@ struct PostgresResultStream::Private {
             throw spelledAsWritten(errorFromResult(result.get(), connection), sql);
         return result;
     }
-    void finish() {
+    QByteArray fetchStatement(qsizetype rows) const {
+        return "FETCH FORWARD " + QByteArray::number(rows) + " FROM " + cursor;
+    }
+    void send(qsizetype rows) {
+        if (!PQsendQuery(connection, fetchStatement(rows).constData()))
+            throw connectionError(connection, QStringLiteral("The statement could not be sent"));
+        pending = rows;
+    }
+    // The result of the FETCH sent last.
+    ResultHandle receive() {
+        ResultHandle result(PQgetResult(connection));
+        // The end of the command's results follows the result itself.
+        while (ResultHandle rest{PQgetResult(connection)}) {
+        }
+        pieceAsked = std::exchange(pending, 0);
+        if (!result)
+            throw connectionError(connection, QStringLiteral("The statement could not be sent"));
+        if (PQresultStatus(result.get()) != PGRES_TUPLES_OK)
+            throw spelledAsWritten(errorFromResult(result.get(), connection), sql);
+        return result;
+    }
+    void drain() noexcept {
+        if (pending == 0)
+            return;
+        pending = 0;
+        while (ResultHandle rest{PQgetResult(connection)}) {
+        }
+    }
+    void finish() noexcept {
+        piece.reset();
+        if (session) {
+            if (!cursorOpen)
+                return;
+            cursorOpen = false;
+            try {
+                if (session->isOpen())
+                    session->run("CLOSE " + cursor);
+            } catch (const Error&) {
+                // The session was reset or the transaction holding the cursor was rolled back:
+                // the cursor is gone with it.
+            }
+            return;
+        }
+        drain();
         if (!inTransaction)
             return;
         inTransaction = false;
         // Ends the cursor with the transaction; a failed transaction rolls back the same way.
         ResultHandle done(PQexec(connection, "ROLLBACK"));
+    }
+    void start() {
+        started = true;
+        if (session) {
+            session->run("DECLARE " + cursor + " NO SCROLL CURSOR WITH HOLD FOR " + statement);
+            cursorOpen = true;
+            return;
+        }
+        exec("BEGIN READ ONLY", PGRES_COMMAND_OK);
+        inTransaction = true;
+        const QByteArray format = decoder->readsBinary() ? " BINARY" : "";
+        exec("DECLARE " + cursor + format + " NO SCROLL CURSOR FOR " + statement, PGRES_COMMAND_OK);
+    }
+    // The next piece's result, `wanted` rows asked for when none is on its way.
+    void nextPiece(qsizetype wanted) {
+        if (session) {
+            piece = session->run(fetchStatement(wanted));
+            pieceAsked = wanted;
+        } else {
+            if (pending == 0)
+                send(wanted);
+            piece = receive();
+        }
+        pieceNext = 0;
+        if (PQntuples(piece.get()) < pieceAsked) {
+            ended = true;
+        } else if (!session) {
+            // The server reads on while this piece is decoded.
+            send(std::max(pieceAsked, wanted));
+        }
     }
 };
 
@@ -61,22 +160,24 @@ PostgresResultStream::PostgresResultStream(PGconn* connection, Catalog& catalog,
                                            std::function<QByteArray(const QString&)> rewrite)
     : d(std::make_unique<Private>()) {
     d->connection = connection;
-    d->catalog = &catalog;
     d->sql = sql;
     d->rewrite = std::move(rewrite);
     d->statement = d->rewrite(sql);
     // The columns from the statement's description, before any row is produced.
-    ResultHandle prepared(PQprepare(connection, "", d->statement.constData(), 0, nullptr));
-    if (!prepared)
-        throw connectionError(connection, QStringLiteral("The statement could not be sent"));
-    if (PQresultStatus(prepared.get()) != PGRES_COMMAND_OK)
-        throw spelledAsWritten(errorFromResult(prepared.get(), connection), sql);
-    ResultHandle described(PQdescribePrepared(connection, ""));
-    if (!described)
-        throw connectionError(connection, QStringLiteral("The statement could not be sent"));
-    if (PQresultStatus(described.get()) != PGRES_COMMAND_OK)
-        throw spelledAsWritten(errorFromResult(described.get(), connection), sql);
+    const ResultHandle described = describeStatement(connection, d->statement, sql);
     d->decoder = std::make_unique<ResultDecoder>(described.get(), catalog, sql, false);
+}
+
+PostgresResultStream::PostgresResultStream(Session& session, Catalog& catalog,
+                                           const QByteArray& query, QByteArray cursorName)
+    : d(std::make_unique<Private>()) {
+    d->connection = session.connection();
+    d->session = &session;
+    d->sql = QString::fromUtf8(query);
+    d->statement = query;
+    d->cursor = std::move(cursorName);
+    const ResultHandle described = describeStatement(d->connection, query, d->sql);
+    d->decoder = std::make_unique<ResultDecoder>(described.get(), catalog, d->sql, false);
 }
 
 PostgresResultStream::~PostgresResultStream() {
@@ -88,7 +189,7 @@ const ColumnList& PostgresResultStream::columns() const {
 }
 
 bool PostgresResultStream::orderBy(const std::vector<SortColumn>& columns) {
-    if (d->started || columns.empty())
+    if (d->started || columns.empty() || !d->rewrite)
         return false;
     const ColumnList& described = d->decoder->columns();
     for (const SortColumn& column : columns) {
@@ -103,35 +204,37 @@ bool PostgresResultStream::orderBy(const std::vector<SortColumn>& columns) {
     return true;
 }
 
-std::unique_ptr<RowStore> PostgresResultStream::read(qsizetype maxRows) {
-    auto rows = std::make_unique<RowStore>(d->decoder->columns());
-    if (d->ended)
-        return rows;
+qsizetype PostgresResultStream::fetch(RowStore& into, qsizetype maxRows) {
+    const qsizetype wanted = qMax<qsizetype>(1, maxRows);
+    qsizetype appended = 0;
     try {
-        if (!d->started) {
-            d->started = true;
-            d->exec("BEGIN READ ONLY", PGRES_COMMAND_OK);
-            d->inTransaction = true;
-            d->exec("DECLARE vx_rows NO SCROLL CURSOR FOR " + d->statement, PGRES_COMMAND_OK);
+        if (!d->started)
+            d->start();
+        while (appended < wanted) {
+            if (!d->piece || d->pieceNext >= PQntuples(d->piece.get())) {
+                d->piece.reset();
+                if (d->ended)
+                    break;
+                d->nextPiece(wanted - appended);
+            }
+            const int count = int(
+                std::min<qsizetype>(wanted - appended, PQntuples(d->piece.get()) - d->pieceNext));
+            d->decoder->append(into, d->piece.get(), d->pieceNext, count);
+            d->pieceNext += count;
+            appended += count;
         }
-        const qsizetype wanted = qMax<qsizetype>(1, maxRows);
-        const ResultHandle piece = d->exec(
-            "FETCH FORWARD " + QByteArray::number(wanted) + " FROM vx_rows", PGRES_TUPLES_OK);
-        d->decoder->append(*rows, piece.get());
-        if (PQntuples(piece.get()) < wanted) {
-            d->ended = true;
+        if (d->ended && (!d->piece || d->pieceNext >= PQntuples(d->piece.get())))
             d->finish();
-        }
     } catch (...) {
         d->ended = true;
         d->finish();
         throw;
     }
-    return rows;
+    return appended;
 }
 
 bool PostgresResultStream::atEnd() const {
-    return d->ended;
+    return d->ended && !d->piece;
 }
 
 } // namespace vx::postgres

@@ -2,8 +2,8 @@
 
 #include "data/Connection.h"
 #include "data/Recordset.h"
+#include "data/ResultStream.h"
 #include "data/RowStore.h"
-#include "data/RowStream.h"
 #include "data/recordset/ChangeTracker.h"
 #include "data/recordset/RowOrder.h"
 #include "data/recordset/SortText.h"
@@ -48,7 +48,7 @@ struct RecordsetData {
     // when the record set is first read, a piece at a time as the cursor moves on; a record set
     // that is only added to never reads them.
     bool rowsPending = false;
-    std::unique_ptr<RowStream> stream;
+    std::unique_ptr<ResultStream> stream;
     qsizetype nextPiece = 0;
 
     std::map<int, std::function<void(const RecordsetChange&)>> listeners;

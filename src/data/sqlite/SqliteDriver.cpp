@@ -1,5 +1,6 @@
 #include "data/sqlite/SqliteDriver.h"
 
+#include "data/MaterialisedResultStream.h"
 #include "data/dialect/SqlLexer.h"
 #include "data/dialect/SqliteDialect.h"
 #include "data/sqlite/SqliteBusyWait.h"
@@ -345,15 +346,15 @@ std::unique_ptr<RowStore> SqliteDriver::tableStructure(const QString& table) {
     return std::make_unique<RowStore>(std::move(columns));
 }
 
-std::unique_ptr<RowStream> SqliteDriver::streamTable(const QString& table) {
+std::unique_ptr<ResultStream> SqliteDriver::streamTable(const QString& table) {
     sqlite3* db = d->handle();
     const QString sql = QStringLiteral("SELECT * FROM %1").arg(quoteName(plainTableName(table)));
     StatementHandle statement = prepare(db, sql.toUtf8());
     bool allTyped = true;
     describeResult(statement.get(), sql, *d->keys, allTyped);
     if (!allTyped) // columns without a declared type are typed from the rows, all read first
-        return std::make_unique<MaterialisedRowStream>(selectTable(table));
-    return streamResult(db, std::move(statement));
+        return std::make_unique<MaterialisedResultStream>(selectTable(table));
+    return std::make_unique<SqliteResultStream>(db, sql, nullptr, *d->keys);
 }
 
 void SqliteDriver::beginTransaction() {

@@ -27,7 +27,7 @@ public:
     std::unique_ptr<ResultStream> openStream(const QString& sql) override;
     std::unique_ptr<RowStore> selectTable(const QString& table) override;
     std::unique_ptr<RowStore> tableStructure(const QString& table) override;
-    std::unique_ptr<RowStream> streamTable(const QString& table) override;
+    std::unique_ptr<ResultStream> streamTable(const QString& table) override;
 
     void beginTransaction() override;
     void commitTransaction() override;

@@ -143,40 +143,6 @@ void appendValue(RowStore& rows, const QVariant& value) {
     }
 }
 
-class SqliteRowStream : public RowStream {
-public:
-    SqliteRowStream(sqlite3* db, StatementHandle statement)
-        : m_db(db)
-        , m_statement(std::move(statement))
-        , m_columns(sqlite3_column_count(m_statement.get())) {}
-
-    qsizetype fetch(RowStore& into, qsizetype maxRows) override {
-        if (!m_statement)
-            return 0;
-        qsizetype fetched = 0;
-        while (fetched < maxRows) {
-            const int code = sqlite3_step(m_statement.get());
-            if (code != SQLITE_ROW) {
-                // Finalised at once: an open statement would keep its snapshot of the file.
-                m_statement.reset();
-                if (code != SQLITE_DONE)
-                    fail(m_db, code);
-                break;
-            }
-            for (int i = 0; i < m_columns; ++i)
-                appendCell(into, m_statement.get(), i);
-            into.endRow();
-            ++fetched;
-        }
-        return fetched;
-    }
-
-private:
-    sqlite3* m_db;
-    StatementHandle m_statement;
-    int m_columns;
-};
-
 } // namespace
 
 ColumnList describeResult(sqlite3_stmt* statement, const QString& sql, SqliteTableKeys& keys,
@@ -196,10 +162,6 @@ ColumnList describeResult(sqlite3_stmt* statement, const QString& sql, SqliteTab
     }
     nameRepeatedColumns(columns, sql);
     return columns;
-}
-
-std::unique_ptr<RowStream> streamResult(sqlite3* db, StatementHandle statement) {
-    return std::make_unique<SqliteRowStream>(db, std::move(statement));
 }
 
 struct ResultRows::Private {
@@ -287,6 +249,16 @@ std::unique_ptr<RowStore> ResultRows::read(qsizetype maxRows, qsizetype reserve)
     auto rows = std::make_unique<RowStore>(d->columns);
     if (reserve > 0)
         rows->reserve(reserve);
+    fetch(*rows, maxRows);
+    return rows;
+}
+
+qsizetype ResultRows::fetch(RowStore& into, qsizetype maxRows) {
+    if (!d->started) {
+        d->started = true;
+        d->settleTypes();
+    }
+    RowStore* rows = &into;
     const qsizetype limit = maxRows > 0 ? maxRows : std::numeric_limits<qsizetype>::max();
     qsizetype taken = 0;
     if (!d->waiting.empty()) {
@@ -298,7 +270,7 @@ std::unique_ptr<RowStore> ResultRows::read(qsizetype maxRows, qsizetype reserve)
         }
         d->waiting.erase(d->waiting.begin(), d->waiting.begin() + qsizetype(used));
         if (!d->waiting.empty())
-            return rows;
+            return taken;
     }
     sqlite3_stmt* statement = d->statement;
     const int count = d->count;
@@ -308,7 +280,7 @@ std::unique_ptr<RowStore> ResultRows::read(qsizetype maxRows, qsizetype reserve)
         rows->endRow();
         d->step();
     }
-    return rows;
+    return taken;
 }
 
 std::unique_ptr<RowStore> readResult(sqlite3* db, sqlite3_stmt* statement, const QString& sql,

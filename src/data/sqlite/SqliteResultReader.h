@@ -1,7 +1,6 @@
 #pragma once
 
 #include "data/RowStore.h"
-#include "data/RowStream.h"
 #include "data/sqlite/SqliteSupport.h"
 
 #include <memory>
@@ -28,6 +27,8 @@ public:
     bool typeDeclared(int column) const;
     // Up to `maxRows` further rows (all with maxRows <= 0); `reserve` lays out room for them.
     std::unique_ptr<RowStore> read(qsizetype maxRows, qsizetype reserve = 0);
+    // Appends up to `maxRows` further rows to `into` (of these columns); returns how many.
+    qsizetype fetch(RowStore& into, qsizetype maxRows);
     bool atEnd() const;
 
 private:
@@ -46,8 +47,5 @@ std::unique_ptr<RowStore> readResult(sqlite3* db, sqlite3_stmt* statement, const
 // no declared type (it then reads as text here; readResult would type it from its values).
 ColumnList describeResult(sqlite3_stmt* statement, const QString& sql, SqliteTableKeys& keys,
                           bool& allTyped);
-
-// Hands out the rows of a prepared query as it is stepped; the columns must all be declared.
-std::unique_ptr<RowStream> streamResult(sqlite3* db, StatementHandle statement);
 
 } // namespace vx::sqlite

@@ -43,7 +43,7 @@ struct SqliteResultStream::Private {
     bool started = false;
 
     void prepareQuery(const QString& text) {
-        const QByteArray bytes = rewrite(text).toUtf8();
+        const QByteArray bytes = (rewrite ? rewrite(text) : text).toUtf8();
         const char* tail = nullptr;
         StatementHandle prepared = prepare(db, bytes, 0, &tail);
         if (!prepared)
@@ -57,6 +57,10 @@ struct SqliteResultStream::Private {
         rows.reset();
         statement = std::move(prepared);
         rows = std::make_unique<ResultRows>(db, statement.get(), sql, *keys);
+    }
+    void finishIfExhausted() {
+        if (rows->atEnd())
+            statement.reset();
     }
 };
 
@@ -81,7 +85,7 @@ const ColumnList& SqliteResultStream::columns() const {
 }
 
 bool SqliteResultStream::orderBy(const std::vector<SortColumn>& columns) {
-    if (d->started || columns.empty())
+    if (d->started || columns.empty() || !d->rewrite)
         return false;
     for (const SortColumn& column : columns) {
         if (column.column < 0 || column.column >= d->rows->columns().size() ||
@@ -106,13 +110,27 @@ bool SqliteResultStream::orderBy(const std::vector<SortColumn>& columns) {
     return true;
 }
 
-std::unique_ptr<RowStore> SqliteResultStream::read(qsizetype maxRows) {
+qsizetype SqliteResultStream::fetch(RowStore& into, qsizetype maxRows) {
+    if (!d->statement)
+        return 0;
     d->started = true;
-    return d->rows->read(qMax<qsizetype>(1, maxRows));
+    const qsizetype fetched = d->rows->fetch(into, qMax<qsizetype>(1, maxRows));
+    d->finishIfExhausted();
+    return fetched;
+}
+
+std::unique_ptr<RowStore> SqliteResultStream::read(qsizetype maxRows) {
+    if (!d->statement)
+        return std::make_unique<RowStore>(d->rows->columns());
+    d->started = true;
+    // The reader types computed columns from their first values before laying out the store.
+    std::unique_ptr<RowStore> rows = d->rows->read(qMax<qsizetype>(1, maxRows));
+    d->finishIfExhausted();
+    return rows;
 }
 
 bool SqliteResultStream::atEnd() const {
-    return d->started && d->rows->atEnd();
+    return d->started && (!d->statement || d->rows->atEnd());
 }
 
 } // namespace vx::sqlite
