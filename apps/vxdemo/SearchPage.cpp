@@ -1,109 +1,16 @@
 #include "SearchPage.h"
 
-#include "HitListEvents.h"
 #include "data/Error.h"
-#include "server/ControlFactory.h"
 #include "server/LateBinding.h"
-#include "session/UiServices.h"
 
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QMetaObject>
-#include <QPushButton>
-#include <QScrollArea>
 #include <QSplitter>
-#include <QVBoxLayout>
 
 namespace vx::demo {
 
-namespace {
-
-// The search form scrolls its own fields; below this it would clip the keyword picker's buttons
-// (the pane around it scrolls instead).
-constexpr QSize QueryFormMinimumSize(560, 240);
-// The tab bar above the form and the picker, with its frame.
-constexpr int TabBarAllowance = 48;
-
-// Calls a method whose arguments are strings by reference, as VXFavourites and VXQuery take
-// them; the meta-object call passes the addresses of the local copies.
-bool callWithTexts(QObject* control, const char* method, QString first, QString second = {},
-                   bool twoArguments = false) {
-    bool result = false;
-    const bool invoked =
-        twoArguments
-            ? QMetaObject::invokeMethod(control, method, Qt::DirectConnection,
-                                        Q_RETURN_ARG(bool, result), Q_ARG(QString&, first),
-                                        Q_ARG(QString&, second))
-            : QMetaObject::invokeMethod(control, method, Qt::DirectConnection,
-                                        Q_RETURN_ARG(bool, result), Q_ARG(QString&, first));
-    if (!invoked)
-        throw Error(ErrorNumber::NotSupported,
-                    QStringLiteral("Object doesn't support this property or method: %1")
-                        .arg(QString::fromLatin1(method)));
-    return result;
-}
-
-} // namespace
-
 SearchPage::SearchPage(QWidget* parent)
-    : QWidget(parent) {
+    : SearchPane(parent) {
     setObjectName(QStringLiteral("searchPage"));
-    m_query = ControlFactory::create(QStringLiteral("VXUILib.VXQuery"), this);
-    m_query->setObjectName(QStringLiteral("VXQuery1"));
-    m_favourites = ControlFactory::create(QStringLiteral("VXUILib.VXFavourites"), this);
-    m_favourites->setObjectName(QStringLiteral("VXFavourites1"));
-    m_hitList = ControlFactory::create(QStringLiteral("VXUILib.VXHitList"), this);
-    m_hitList->setObjectName(QStringLiteral("VXHitList1"));
-
-    m_search = new QPushButton(tr("&Search"), this);
-    m_search->setObjectName(QStringLiteral("search"));
-    m_search->setDefault(true);
-    m_clear = new QPushButton(tr("C&lear"), this);
-    m_clear->setObjectName(QStringLiteral("clearCriteria"));
-
-    auto* side = new QVBoxLayout;
-    side->addWidget(new QLabel(tr("Favourites"), this));
-    side->addWidget(m_favourites, 1);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(m_clear);
-    buttons->addWidget(m_search);
-    side->addLayout(buttons);
-
-    // The form keeps the room its pages need and the pane scrolls below that.
-    m_query->setMinimumSize(QueryFormMinimumSize);
-    auto* queryArea = new QScrollArea(this);
-    queryArea->setObjectName(QStringLiteral("queryArea"));
-    queryArea->setWidgetResizable(true);
-    queryArea->setFrameShape(QFrame::NoFrame);
-    queryArea->setWidget(m_query);
-
-    auto* top = new QWidget(this);
-    auto* topLayout = new QHBoxLayout(top);
-    topLayout->setContentsMargins(0, 0, 0, 0);
-    topLayout->addWidget(queryArea, 3);
-    topLayout->addLayout(side, 1);
-
-    m_splitter = new QSplitter(Qt::Vertical, this);
-    m_splitter->setObjectName(QStringLiteral("searchSplitter"));
-    m_splitter->addWidget(top);
-    m_splitter->addWidget(m_hitList);
-    m_splitter->setStretchFactor(0, 2);
-    m_splitter->setStretchFactor(1, 3);
-    m_splitter->setSizes({380, 520});
-    m_splitter->setChildrenCollapsible(false);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(m_splitter);
-
-    m_events = new HitListEvents(this);
-    m_unconnected = m_events->connectTo(m_hitList);
-    connect(m_events, &HitListEvents::queryToSave, this, &SearchPage::addFavourite);
-    connect(m_search, &QPushButton::clicked, this, [this] { search(); });
-    connect(m_clear, &QPushButton::clicked, this, &SearchPage::clearCriteria);
-    // A favourite chosen, or a hand-over applied, runs at once.
-    connect(m_favourites, SIGNAL(SelectedItem(QString&, QString&)), this,
-            SLOT(runFavourite(QString&, QString&)));
-    connect(m_query, SIGNAL(PerformQuery()), this, SLOT(performQuery()));
-    connect(m_query, SIGNAL(KeyDown(short&, short&)), this, SLOT(queryKeyDown(short&, short&)));
+    splitter()->setObjectName(QStringLiteral("searchSplitter"));
 }
 
 SearchPage::~SearchPage() {
@@ -112,28 +19,26 @@ SearchPage::~SearchPage() {
 
 void SearchPage::openSession(const GroupSession& session) {
     closeSession();
-    m_groupName = session.groupName;
-    writeMember(m_hitList, "GroupName", session.groupName);
-    writeMember(m_hitList, "GroupID", session.groupId);
-    writeMember(m_hitList, "UserName", session.userName);
-    writeMember(m_hitList, "UserPermission", session.userPermission);
-    writeMember(m_hitList, "GroupInitString", session.formPath);
-    writeMember(m_hitList, "Init", session.initFilePath);
+    QWidget* hitList = hitListControl();
+    writeMember(hitList, "GroupName", session.groupName);
+    writeMember(hitList, "GroupID", session.groupId);
+    writeMember(hitList, "UserName", session.userName);
+    writeMember(hitList, "UserPermission", session.userPermission);
+    writeMember(hitList, "GroupInitString", session.formPath);
+    writeMember(hitList, "Init", session.initFilePath);
 
-    writeMember(m_query, "GroupName", session.groupName);
-    writeMember(m_query, "CurrentLibrary", session.libraryName);
-    writeMember(m_query, "UserID", session.userId);
-    writeMember(m_query, "MethodInitString", session.initFilePath);
+    QWidget* query = queryControl();
+    writeMember(query, "GroupName", session.groupName);
+    writeMember(query, "CurrentLibrary", session.libraryName);
+    writeMember(query, "UserID", session.userId);
+    writeMember(query, "MethodInitString", session.initFilePath);
     try {
-        callWithTexts(m_query, "Init", session.queryFormPath);
-        callWithTexts(m_favourites, "Init", session.groupName);
+        apps::callWithTexts(query, "Init", session.queryFormPath);
+        apps::callWithTexts(favouritesControl(), "Init", session.groupName);
     } catch (const Error& error) {
         emit statusMessage(error.description());
     }
-    // The query control places its pages itself; give it what the keyword picker needs.
-    if (const auto* picker = m_query->findChild<QWidget*>(QStringLiteral("kss1")))
-        m_query->setMinimumHeight(qMax(QueryFormMinimumSize.height(),
-                                       picker->minimumSizeHint().height() + TabBarAllowance));
+    fitQueryForm();
     m_sessionOpen = true;
 }
 
@@ -141,91 +46,17 @@ void SearchPage::closeSession() {
     if (!m_sessionOpen)
         return;
     m_sessionOpen = false;
-    // Done saves the favourites; the hit list closes its connection.
-    for (QWidget* control : {m_favourites, m_hitList}) {
-        try {
-            callMember(control, "Done");
-        } catch (const Error&) {
-        }
-    }
-}
-
-bool SearchPage::search() {
-    QString queryText;
-    try {
-        queryText = readMember(m_query, "QueryString").toString();
-    } catch (const Error& error) {
-        ui().messageBox(error.description(), MessageStyle::OkOnly | MessageStyle::Critical,
-                        tr("Search"));
-        return false;
-    }
-    if (queryText.trimmed().isEmpty()) {
-        emit statusMessage(tr("Fill in at least one search field or pick a keyword."));
-        return false;
-    }
-    runQuery(queryText);
-    return true;
-}
-
-void SearchPage::runQuery(const QString& queryText) {
-    m_lastQuery = queryText;
-    try {
-        writeMember(m_hitList, "DoQuery", queryText);
-    } catch (const Error& error) {
-        emit statusMessage(error.description());
-    }
-}
-
-void SearchPage::rerunQuery() {
-    if (!m_lastQuery.isEmpty())
-        runQuery(m_lastQuery);
-}
-
-void SearchPage::clearCriteria() {
-    try {
-        callMember(m_query, "Refresh");
-    } catch (const Error& error) {
-        emit statusMessage(error.description());
-    }
+    doneControls();
 }
 
 void SearchPage::applyHandOver() {
     if (!m_sessionOpen)
         return;
     try {
-        callMember(m_query, "RefreshFormContent");
+        callMember(queryControl(), "RefreshFormContent");
     } catch (const Error& error) {
         emit statusMessage(error.description());
     }
-}
-
-void SearchPage::addFavourite(const QString& name, const QString& queryString) {
-    try {
-        if (callWithTexts(m_favourites, "AddItem", name, queryString, true))
-            emit statusMessage(tr("Saved \"%1\" to the favourites.").arg(name));
-        else
-            ui().messageBox(tr("A favourite named \"%1\" exists already.").arg(name),
-                            MessageStyle::OkOnly | MessageStyle::Exclamation, tr("Favourites"));
-    } catch (const Error& error) {
-        emit statusMessage(error.description());
-    }
-}
-
-void SearchPage::runFavourite(QString& name, QString& queryString) {
-    emit statusMessage(tr("Running the favourite \"%1\".").arg(name));
-    runQuery(queryString);
-}
-
-void SearchPage::performQuery() {
-    search();
-}
-
-void SearchPage::queryKeyDown(short& keyCode, short& shift) {
-    constexpr short EnterKey = 13;
-    if (keyCode != EnterKey || shift != 0)
-        return;
-    keyCode = 0; // taken: the field does not see it
-    search();
 }
 
 } // namespace vx::demo

@@ -1,3 +1,4 @@
+#include "AppStartup.h"
 #include "DemoWindow.h"
 #include "HostSettings.h"
 #include "Tour.h"
@@ -15,28 +16,13 @@
 #include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
 QString defaultRepositoryDir() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
            QStringLiteral("/VXUILib/sample");
-}
-
-bool displayAvailable() {
-    const QString platform = QGuiApplication::platformName();
-    return platform != u"offscreen" && platform != u"minimal";
-}
-
-bool tourRequested(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--tour") == 0 || std::strncmp(argv[i], "--tour=", 7) == 0)
-            return true;
-    }
-    return false;
 }
 
 // The group initialisation file of the repository in dir, creating the sample there first.
@@ -53,25 +39,17 @@ QString repositoryInitFile(const QString& dir) {
 }
 
 int runTour(const QString& outputDir, const QString& repositoryOption) {
-    // Everything the tour writes besides its pictures stays in a folder of its own.
-    QTemporaryDir work;
+    vx::apps::UnattendedWorkspace work;
     if (!work.isValid()) {
         std::fprintf(stderr, "vxdemo: cannot create a temporary folder for the tour\n");
         return 1;
     }
-    qputenv("VXUILIB_SYSTEM_DIR",
-            QDir(work.path()).filePath(QStringLiteral("system")).toLocal8Bit());
-    vx::setSettingsDirectory(QDir(work.path()).filePath(QStringLiteral("settings")));
-    auto* tourUi = new vx::UnattendedUiServices(stdout);
-    vx::installUiServices(std::unique_ptr<vx::UiServices>(tourUi));
-
-    const QString repository = repositoryOption.isEmpty()
-                                   ? QDir(work.path()).filePath(QStringLiteral("repository"))
-                                   : repositoryOption;
+    const QString repository =
+        repositoryOption.isEmpty() ? work.filePath(QStringLiteral("repository")) : repositoryOption;
     vx::demo::DemoWindow window;
     if (!window.openGroup(repositoryInitFile(repository)))
         return 1;
-    vx::demo::Tour tour(window, *tourUi, QDir(outputDir).absolutePath(), work.path());
+    vx::demo::Tour tour(window, work.ui(), QDir(outputDir).absolutePath(), work.path());
     const int saved = tour.run();
     std::printf("Saved %d screenshots in %s\n", saved,
                 qPrintable(QDir::toNativeSeparators(QDir(outputDir).absolutePath())));
@@ -84,10 +62,7 @@ int runTour(const QString& outputDir, const QString& repositoryOption) {
 
 int main(int argc, char** argv) {
     // The tour needs no display; otherwise, without one, say so instead of failing inside Qt.
-    const bool noDisplay =
-        qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && (noDisplay || tourRequested(argc, argv)))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    vx::apps::choosePlatform(argc, argv, {"--tour"});
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("vxdemo"));
 
@@ -116,7 +91,7 @@ int main(int argc, char** argv) {
         if (parser.isSet(tourOption))
             return runTour(parser.value(tourOption), repositoryArgument);
 
-        if (!displayAvailable()) {
+        if (!vx::apps::displayAvailable()) {
             std::printf("No display is available, so the demo window cannot open.\n"
                         "Run it in a desktop session, under xvfb-run (xvfb-run vxdemo), or run "
                         "the unattended tour:\n  vxdemo --tour DIR   (saves screenshots in DIR)\n");

@@ -1,143 +1,69 @@
 #include "ViewerWindow.h"
 
 #include "DocumentResolver.h"
+#include "HitListEvents.h"
 #include "HitSearch.h"
+#include "SearchPane.h"
 #include "ViewerSession.h"
 #include "data/Error.h"
-#include "server/ControlFactory.h"
 #include "server/LateBinding.h"
 #include "session/UiServices.h"
 
 #include <QAction>
 #include <QDir>
 #include <QFileDialog>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
-#include <QMetaMethod>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QSplitter>
 #include <QStatusBar>
-#include <QVBoxLayout>
 
 namespace vx::viewer {
-
-namespace {
-
-const char* const HitListEvents[] = {"CurrentItemID", "LocateDocument", "SaveQuery",
-                                     "LocateDocumentFromID", "LocateDocumentToMove"};
-
-QMetaMethod findByName(const QMetaObject* meta, const QByteArray& name,
-                       QMetaMethod::MethodType type) {
-    for (int i = 0; i < meta->methodCount(); ++i) {
-        const QMetaMethod method = meta->method(i);
-        if (method.methodType() == type && method.name() == name)
-            return method;
-    }
-    return {};
-}
-
-// Methods taking strings by reference, as VXFavourites and VXQuery declare them.
-bool callWithTexts(QObject* control, const char* method, QString first, QString second) {
-    bool result = false;
-    if (!QMetaObject::invokeMethod(control, method, Qt::DirectConnection,
-                                   Q_RETURN_ARG(bool, result), Q_ARG(QString&, first),
-                                   Q_ARG(QString&, second)))
-        throw Error(ErrorNumber::NotSupported,
-                    QStringLiteral("Object doesn't support this property or method: %1")
-                        .arg(QString::fromLatin1(method)));
-    return result;
-}
-
-bool callWithText(QObject* control, const char* method, QString text) {
-    bool result = false;
-    if (!QMetaObject::invokeMethod(control, method, Qt::DirectConnection,
-                                   Q_RETURN_ARG(bool, result), Q_ARG(QString&, text)))
-        throw Error(ErrorNumber::NotSupported,
-                    QStringLiteral("Object doesn't support this property or method: %1")
-                        .arg(QString::fromLatin1(method)));
-    return result;
-}
-
-constexpr QSize QueryFormMinimumSize(560, 420);
-
-} // namespace
 
 ViewerWindow::ViewerWindow(const QString& stateRoot, QWidget* parent)
     : QMainWindow(parent)
     , m_stateRoot(stateRoot) {
     setObjectName(QStringLiteral("viewerWindow"));
     setWindowTitle(tr("VXUILib Viewer"));
-    m_query = ControlFactory::create(QStringLiteral("VXUILib.VXQuery"), this);
-    m_query->setObjectName(QStringLiteral("VXQuery1"));
-    m_favourites = ControlFactory::create(QStringLiteral("VXUILib.VXFavourites"), this);
-    m_favourites->setObjectName(QStringLiteral("VXFavourites1"));
-    m_hitList = ControlFactory::create(QStringLiteral("VXUILib.VXHitList"), this);
-    m_hitList->setObjectName(QStringLiteral("VXHitList1"));
-
-    m_searchButton = new QPushButton(tr("&Search"), this);
-    m_searchButton->setObjectName(QStringLiteral("search"));
-    m_searchButton->setDefault(true);
-    m_clearButton = new QPushButton(tr("C&lear"), this);
-    m_clearButton->setObjectName(QStringLiteral("clearCriteria"));
+    m_pane = new apps::SearchPane(this);
+    m_pane->setObjectName(QStringLiteral("searchPane"));
+    m_pane->splitter()->setObjectName(QStringLiteral("viewerSplitter"));
+    m_pane->splitter()->setSizes({480, 420});
+    // The form's QueryString, or every document carrying one of the picked keywords.
+    m_pane->setQueryTextSource([this]() -> QString {
+        return m_session ? search::queryText(queryControl(), *m_session) : QString();
+    });
     m_openButton = new QPushButton(tr("&Open document"), this);
     m_openButton->setObjectName(QStringLiteral("openDocument"));
-
-    auto* side = new QVBoxLayout;
-    side->addWidget(new QLabel(tr("Favourites"), this));
-    side->addWidget(m_favourites, 1);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(m_clearButton);
-    buttons->addWidget(m_searchButton);
-    side->addLayout(buttons);
-    side->addWidget(m_openButton);
-
-    m_query->setMinimumSize(QueryFormMinimumSize);
-    auto* queryArea = new QScrollArea(this);
-    queryArea->setObjectName(QStringLiteral("queryArea"));
-    queryArea->setWidgetResizable(true);
-    queryArea->setFrameShape(QFrame::NoFrame);
-    queryArea->setWidget(m_query);
-
-    auto* top = new QWidget(this);
-    auto* topLayout = new QHBoxLayout(top);
-    topLayout->setContentsMargins(0, 0, 0, 0);
-    topLayout->addWidget(queryArea, 3);
-    topLayout->addLayout(side, 1);
-
-    auto* splitter = new QSplitter(Qt::Vertical, this);
-    splitter->setObjectName(QStringLiteral("viewerSplitter"));
-    splitter->addWidget(top);
-    splitter->addWidget(m_hitList);
-    splitter->setStretchFactor(0, 2);
-    splitter->setStretchFactor(1, 3);
-    splitter->setSizes({480, 420});
-    splitter->setChildrenCollapsible(false);
-    setCentralWidget(splitter);
+    m_pane->addSideWidget(m_openButton);
+    setCentralWidget(m_pane);
 
     m_volumeLabel = new QLabel(this);
     m_volumeLabel->setObjectName(QStringLiteral("volumeLabel"));
     statusBar()->addPermanentWidget(m_volumeLabel);
     buildMenus();
     connectEvents();
-    connect(m_searchButton, &QPushButton::clicked, this, [this] { search(); });
-    connect(m_clearButton, &QPushButton::clicked, this, [this] {
-        try {
-            callMember(m_query, "Refresh");
-        } catch (const Error& error) {
-            showStatus(error.description());
-        }
-    });
     connect(m_openButton, &QPushButton::clicked, this, [this] { openCurrentDocument(); });
     m_openDocument->setEnabled(false);
     m_openButton->setEnabled(false);
-    m_searchButton->setEnabled(false);
+    m_pane->setSearchEnabled(false);
     resize(1280, 960);
 }
 
 ViewerWindow::~ViewerWindow() {
     closeExport();
+}
+
+QWidget* ViewerWindow::queryControl() const {
+    return m_pane->queryControl();
+}
+
+QWidget* ViewerWindow::favouritesControl() const {
+    return m_pane->favouritesControl();
+}
+
+QWidget* ViewerWindow::hitListControl() const {
+    return m_pane->hitListControl();
 }
 
 void ViewerWindow::buildMenus() {
@@ -153,17 +79,16 @@ void ViewerWindow::buildMenus() {
 }
 
 void ViewerWindow::connectEvents() {
-    for (const char* name : HitListEvents) {
-        const QMetaMethod signal =
-            findByName(m_hitList->metaObject(), QByteArray(name), QMetaMethod::Signal);
-        const QMetaMethod slot = findByName(metaObject(), QByteArray(name), QMetaMethod::Slot);
-        if (!signal.isValid() || !slot.isValid() ||
-            !connect(m_hitList, signal, this, slot, Qt::DirectConnection))
-            showStatus(tr("The hit list's event %1 is not connected.").arg(QLatin1String(name)));
-    }
-    connect(m_favourites, SIGNAL(SelectedItem(QString&, QString&)), this,
-            SLOT(runFavourite(QString&, QString&)));
-    connect(m_query, SIGNAL(PerformQuery()), this, SLOT(performQuery()));
+    for (const QString& name : m_pane->unconnectedEvents())
+        showStatus(tr("The hit list's event %1 is not connected.").arg(name));
+    apps::HitListEvents* events = m_pane->hitListEvents();
+    connect(events, &apps::HitListEvents::currentItemChanged, this, &ViewerWindow::setCurrentItem);
+    connect(events, &apps::HitListEvents::documentRequested, this, &ViewerWindow::openFile);
+    connect(events, &apps::HitListEvents::locateRequested, this,
+            [this](qint32 itemId, const QString& file, const QString& volume, bool) {
+                answerLocate(itemId, file, volume);
+            });
+    connect(m_pane, &apps::SearchPane::statusMessage, this, &ViewerWindow::showStatus);
 }
 
 void ViewerWindow::chooseExport() {
@@ -191,23 +116,26 @@ bool ViewerWindow::openExport(const QString& folder) {
     m_session->useExportSettings();
     m_resolver = std::make_unique<DocumentResolver>(*m_session, this);
     const ViewerSession& s = *m_session;
+    QWidget* hitList = hitListControl();
+    QWidget* query = queryControl();
     try {
-        writeMember(m_hitList, "GroupName", s.groupName());
-        writeMember(m_hitList, "GroupID", s.groupId());
-        writeMember(m_hitList, "UserName", QStringLiteral("viewer"));
-        writeMember(m_hitList, "UserPermission", ReadOnlyPermission);
-        writeMember(m_hitList, "GroupInitString", s.recordFormPath());
-        writeMember(m_hitList, "Init", s.initFilePath());
+        writeMember(hitList, "GroupName", s.groupName());
+        writeMember(hitList, "GroupID", s.groupId());
+        writeMember(hitList, "UserName", QStringLiteral("viewer"));
+        writeMember(hitList, "UserPermission", ReadOnlyPermission);
+        writeMember(hitList, "GroupInitString", s.recordFormPath());
+        writeMember(hitList, "Init", s.initFilePath());
 
-        writeMember(m_query, "GroupName", s.groupName());
-        writeMember(m_query, "CurrentLibrary", QStringLiteral("Viewer"));
-        writeMember(m_query, "MethodInitString", s.initFilePath());
-        callWithText(m_query, "Init", s.queryFormPath());
-        writeMember(m_query, "UserID", -1);
-        callWithText(m_favourites, "Init", s.groupName());
+        writeMember(query, "GroupName", s.groupName());
+        writeMember(query, "CurrentLibrary", QStringLiteral("Viewer"));
+        writeMember(query, "MethodInitString", s.initFilePath());
+        apps::callWithTexts(query, "Init", s.queryFormPath());
+        writeMember(query, "UserID", -1);
+        apps::callWithTexts(favouritesControl(), "Init", s.groupName());
     } catch (const Error& error) {
         tell(error.description(), tr("Open export"));
     }
+    m_pane->fitQueryForm();
     const ExportVolume& volume = s.volume();
     QStringList others = volume.neighbours.keys();
     m_volumeLabel->setText(
@@ -215,7 +143,7 @@ bool ViewerWindow::openExport(const QString& folder) {
             ? tr("Volume %1").arg(volume.name)
             : tr("Volume %1 (also here: %2)").arg(volume.name, others.join(QStringLiteral(", "))));
     setWindowTitle(tr("%1 - VXUILib Viewer").arg(QDir::toNativeSeparators(volume.folder)));
-    m_searchButton->setEnabled(true);
+    m_pane->setSearchEnabled(true);
     showStatus(tr("Opened the export of %1 on volume %2").arg(s.groupName(), volume.name));
     return true;
 }
@@ -224,14 +152,9 @@ void ViewerWindow::closeExport() {
     if (!m_session)
         return;
     // Done saves the favourites into the export's own settings, then the store moves back.
-    for (QWidget* control : {m_favourites, m_hitList}) {
-        try {
-            callMember(control, "Done");
-        } catch (const Error&) {
-        }
-    }
+    m_pane->doneControls();
     try {
-        callMember(m_hitList, "CloseList");
+        callMember(hitListControl(), "CloseList");
     } catch (const Error&) {
     }
     m_resolver.reset();
@@ -239,45 +162,23 @@ void ViewerWindow::closeExport() {
     m_currentItem = 0;
     m_openDocument->setEnabled(false);
     m_openButton->setEnabled(false);
-    m_searchButton->setEnabled(false);
+    m_pane->setSearchEnabled(false);
 }
 
 bool ViewerWindow::search() {
-    if (!m_session)
-        return false;
-    QString query;
-    try {
-        query = search::queryText(m_query, *m_session);
-    } catch (const Error& error) {
-        tell(error.description(), tr("Search"));
-        return false;
-    }
-    if (query.trimmed().isEmpty()) {
-        showStatus(tr("Fill in at least one search field or pick a keyword."));
-        return false;
-    }
-    runQuery(query);
-    return true;
+    return m_session && m_pane->search();
 }
 
 bool ViewerWindow::search(const SearchCriteria& criteria) {
     if (!m_session)
         return false;
     try {
-        search::fill(m_query, criteria);
+        search::fill(queryControl(), criteria);
     } catch (const Error& error) {
         tell(error.description(), tr("Search"));
         return false;
     }
     return search();
-}
-
-void ViewerWindow::runQuery(const QString& query) {
-    try {
-        writeMember(m_hitList, "DoQuery", query);
-    } catch (const Error& error) {
-        showStatus(error.description());
-    }
 }
 
 bool ViewerWindow::openCurrentDocument() {
@@ -297,7 +198,7 @@ bool ViewerWindow::openCurrentDocument() {
     return true;
 }
 
-void ViewerWindow::CurrentItemID(qint32& itemid) {
+void ViewerWindow::setCurrentItem(qint32 itemid) {
     m_currentItem = itemid;
     const bool openable = m_resolver && m_resolver->hasFile(itemid);
     m_openDocument->setEnabled(openable);
@@ -306,7 +207,7 @@ void ViewerWindow::CurrentItemID(qint32& itemid) {
         showStatus(tr("Document %1 has no file in this export.").arg(itemid));
 }
 
-void ViewerWindow::LocateDocument(QString& sFile, QString& sVolume) {
+void ViewerWindow::openFile(const QString& sFile, const QString& sVolume) {
     if (!m_resolver)
         return;
     const DocumentResolver::Location location = m_resolver->locate(sFile, sVolume);
@@ -314,23 +215,6 @@ void ViewerWindow::LocateDocument(QString& sFile, QString& sVolume) {
         tell(location.problem, tr("Open document"));
     else if (!ui().shellExecute(QStringLiteral("open"), location.path))
         showStatus(tr("No program opens %1.").arg(QDir::toNativeSeparators(location.path)));
-}
-
-void ViewerWindow::SaveQuery(QString& sName, QString& sQueryString) {
-    try {
-        if (callWithTexts(m_favourites, "AddItem", sName, sQueryString))
-            showStatus(tr("Saved \"%1\" to the favourites of this export.").arg(sName));
-    } catch (const Error& error) {
-        showStatus(error.description());
-    }
-}
-
-void ViewerWindow::LocateDocumentFromID(qint32& itemid, QString& sFile, QString& sVolume) {
-    answerLocate(itemid, sFile, sVolume);
-}
-
-void ViewerWindow::LocateDocumentToMove(qint32& itemid, QString& sFile, QString& sVolume) {
-    answerLocate(itemid, sFile, sVolume);
 }
 
 void ViewerWindow::answerLocate(qint32 itemId, const QString& file, const QString& volume) {
@@ -346,19 +230,10 @@ void ViewerWindow::answerLocate(qint32 itemId, const QString& file, const QStrin
             showStatus(location.problem);
     }
     try {
-        writeMember(m_hitList, "DocumentToMove", path);
+        writeMember(hitListControl(), "DocumentToMove", path);
     } catch (const Error& error) {
         showStatus(error.description());
     }
-}
-
-void ViewerWindow::runFavourite(QString& sName, QString& sString) {
-    showStatus(tr("Running the favourite \"%1\".").arg(sName));
-    runQuery(sString);
-}
-
-void ViewerWindow::performQuery() {
-    search();
 }
 
 void ViewerWindow::showStatus(const QString& text) {

@@ -7,6 +7,10 @@ class QAction;
 class QLabel;
 class QPushButton;
 
+namespace vx::apps {
+class SearchPane;
+}
+
 namespace vx::viewer {
 
 class DocumentResolver;
@@ -37,9 +41,10 @@ public:
     // Opens the current document's file with the desktop's program; false when it has none.
     bool openCurrentDocument();
 
-    QWidget* queryControl() const { return m_query; }
-    QWidget* favouritesControl() const { return m_favourites; }
-    QWidget* hitListControl() const { return m_hitList; }
+    QWidget* queryControl() const;
+    QWidget* favouritesControl() const;
+    QWidget* hitListControl() const;
+    apps::SearchPane* searchPane() const { return m_pane; }
     ViewerSession* session() const { return m_session.get(); }
     qint32 currentItemId() const { return m_currentItem; }
     QAction* openDocumentAction() const { return m_openDocument; }
@@ -47,34 +52,20 @@ public:
     // The permission value the hit list gets: no bit that enables an editing command.
     static constexpr qint32 ReadOnlyPermission = 0;
 
-public slots:
-    // The hit list's events, connected by name.
-    void CurrentItemID(qint32& itemid);
-    void LocateDocument(QString& sFile, QString& sVolume);
-    void SaveQuery(QString& sName, QString& sQueryString);
-    void LocateDocumentFromID(qint32& itemid, QString& sFile, QString& sVolume);
-    void LocateDocumentToMove(qint32& itemid, QString& sFile, QString& sVolume);
-    // VXFavourites' SelectedItem and VXQuery's PerformQuery.
-    void runFavourite(QString& sName, QString& sString);
-    void performQuery();
-
 private:
+    void setCurrentItem(qint32 itemId);
+    void openFile(const QString& file, const QString& volume);
     void buildMenus();
     void chooseExport();
     void connectEvents();
     void answerLocate(qint32 itemId, const QString& file, const QString& volume);
-    void runQuery(const QString& query);
     void showStatus(const QString& text);
     void tell(const QString& text, const QString& title);
 
     QString m_stateRoot;
     std::unique_ptr<ViewerSession> m_session;
     std::unique_ptr<DocumentResolver> m_resolver;
-    QWidget* m_query = nullptr;
-    QWidget* m_favourites = nullptr;
-    QWidget* m_hitList = nullptr;
-    QPushButton* m_searchButton = nullptr;
-    QPushButton* m_clearButton = nullptr;
+    apps::SearchPane* m_pane = nullptr;
     QPushButton* m_openButton = nullptr;
     QAction* m_openDocument = nullptr;
     QLabel* m_volumeLabel = nullptr;

@@ -1,3 +1,4 @@
+#include "AppStartup.h"
 #include "HitPrinter.h"
 #include "SampleExport.h"
 #include "ViewerTour.h"
@@ -12,10 +13,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QTextStream>
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
@@ -39,51 +38,32 @@ QString stateRoot() {
            QStringLiteral("/VXUILib/vxviewer");
 }
 
-bool displayAvailable() {
-    const QString platform = QGuiApplication::platformName();
-    return platform != u"offscreen" && platform != u"minimal";
-}
-
-bool headlessRequested(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--tour") == 0 || std::strcmp(argv[i], "--print-hits") == 0 ||
-            std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0)
-            return true;
-    }
-    return false;
-}
-
 int runTour(const QStringList& arguments) {
     if (arguments.isEmpty()) {
         std::fprintf(stderr, "vxviewer: --tour needs the folder for the screenshots.\n%s", Usage);
         return 2;
     }
-    QTemporaryDir work;
+    vx::apps::UnattendedWorkspace work;
     if (!work.isValid()) {
         std::fprintf(stderr, "vxviewer: cannot create a temporary folder for the tour\n");
         return 1;
     }
-    qputenv("VXUILIB_SYSTEM_DIR",
-            QDir(work.path()).filePath(QStringLiteral("system")).toLocal8Bit());
-    vx::setSettingsDirectory(QDir(work.path()).filePath(QStringLiteral("settings")));
-    auto* ui = new vx::UnattendedUiServices(stdout);
-    vx::installUiServices(std::unique_ptr<vx::UiServices>(ui));
 
     const QString outputDir = QDir(arguments.first()).absolutePath();
     QString exportFolder = arguments.size() > 1 ? arguments.at(1) : QString();
     try {
         if (exportFolder.isEmpty()) {
             std::printf("Exporting the sample repository to a folder\n");
-            vx::viewer::SampleExport sample(*ui);
-            exportFolder = sample.make(QDir(work.path()).filePath(QStringLiteral("sample")),
-                                       QDir(work.path()).filePath(QStringLiteral("export")));
+            vx::viewer::SampleExport sample(work.ui());
+            exportFolder = sample.make(work.filePath(QStringLiteral("sample")),
+                                       work.filePath(QStringLiteral("export")));
         }
     } catch (const vx::Error& error) {
         std::fprintf(stderr, "vxviewer: %s\n", qPrintable(error.description()));
         return 1;
     }
-    vx::viewer::ViewerWindow window(QDir(work.path()).filePath(QStringLiteral("state")));
-    vx::viewer::ViewerTour tour(window, *ui, outputDir);
+    vx::viewer::ViewerWindow window(work.filePath(QStringLiteral("state")));
+    vx::viewer::ViewerTour tour(window, work.ui(), outputDir);
     const int saved = tour.run(exportFolder);
     std::printf("Saved %d screenshots in %s\n", saved,
                 qPrintable(QDir::toNativeSeparators(outputDir)));
@@ -95,11 +75,7 @@ int runTour(const QStringList& arguments) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const bool noDisplay =
-        qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&
-        (noDisplay || headlessRequested(argc, argv)))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    vx::apps::choosePlatform(argc, argv, {"--tour", "--print-hits", "--help", "-h"});
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("vxviewer"));
     QStringList arguments = QApplication::arguments().mid(1);
@@ -124,7 +100,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s", Usage);
         return 2;
     }
-    if (!displayAvailable()) {
+    if (!vx::apps::displayAvailable()) {
         std::printf("No display is available, so the viewer window cannot open.\n"
                     "Run it in a desktop session or under xvfb-run, or search from the command "
                     "line:\n  vxviewer --print-hits FOLDER COLUMN=VALUE\n");

@@ -22,20 +22,7 @@ using vx::test::setField;
 
 namespace {
 
-class DynaFormTest : public ::testing::Test {
-protected:
-    test::TestEnvironment environment;
-    test::SampleRepository sample;
-    DynaForm form;
-
-    void load(QString path) { ASSERT_TRUE(form.LoadForm(path)); }
-
-    template <class T>
-    T* input(const QString& fieldObjectName, const char* inputName) {
-        auto* editor = form.findChild<form::FieldEditor*>(fieldObjectName);
-        return editor ? editor->findChild<T*>(QString::fromLatin1(inputName)) : nullptr;
-    }
-};
+using DynaFormTest = test::FormOnSample;
 
 const QStringList SampleColumns{"InvoiceNo",   "Customer", "Status",     "Amount",
                                 "InvoiceDate", "Paid",     "Categories", "Notes"};

@@ -17,20 +17,8 @@ using vx::test::setField;
 
 namespace {
 
-class FormEntryTest : public ::testing::Test {
+class FormEntryTest : public test::FormOnSample {
 protected:
-    test::TestEnvironment environment;
-    test::SampleRepository sample;
-    DynaForm form;
-
-    void load(QString path) { ASSERT_TRUE(form.LoadForm(path)); }
-
-    template <class T>
-    T* input(const QString& fieldObjectName, const char* inputName) {
-        auto* editor = form.findChild<form::FieldEditor*>(fieldObjectName);
-        return editor ? editor->findChild<T*>(QString::fromLatin1(inputName)) : nullptr;
-    }
-
     QStringList column(const QString& sql) {
         Connection connection;
         connection.open(sample.connectionText());

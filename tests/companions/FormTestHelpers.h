@@ -1,9 +1,13 @@
 #pragma once
 
 #include "companions/DynaForm.h"
+#include "companions/form/FieldEditor.h"
+#include "support/SampleRepository.h"
+#include "support/TestEnvironment.h"
 
 #include <QString>
 #include <QVariant>
+#include <gtest/gtest.h>
 
 namespace vx::test {
 
@@ -22,5 +26,22 @@ inline void setField(VXDynaForm& form, const QString& column, const QVariant& va
     if (moveToField(form, column, occurrence))
         form.setFieldValue(value);
 }
+
+// A form companion of its own on the sample repository.
+class FormOnSample : public ::testing::Test {
+protected:
+    TestEnvironment environment;
+    SampleRepository sample;
+    DynaForm form;
+
+    void load(QString path) { ASSERT_TRUE(form.LoadForm(path)); }
+
+    // The named input widget inside the editor of a field.
+    template <class T>
+    T* input(const QString& fieldObjectName, const char* inputName) {
+        auto* editor = form.findChild<form::FieldEditor*>(fieldObjectName);
+        return editor ? editor->findChild<T*>(QString::fromLatin1(inputName)) : nullptr;
+    }
+};
 
 } // namespace vx::test

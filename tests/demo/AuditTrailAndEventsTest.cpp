@@ -10,7 +10,7 @@
 namespace {
 
 using vx::demo::AuditTrailPanel;
-using vx::demo::HitListEvents;
+using vx::apps::HitListEvents;
 
 TEST(AuditTrailPanel, ShowsEachEntryAndAppendsItToTheLog) {
     vx::test::TestEnvironment environment;

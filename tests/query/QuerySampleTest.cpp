@@ -1,14 +1,6 @@
-#include "companions/DefaultCompanions.h"
+#include "QueryOnSample.h"
 #include "core/SampleContent.h"
-#include "data/Connection.h"
-#include "data/Recordset.h"
-#include "query/VXQuery.h"
-#include "server/ControlFactory.h"
-#include "server/LateBinding.h"
 #include "session/LibraryState.h"
-#include "session/companions/VXDynaForm.h"
-#include "support/SampleRepository.h"
-#include "support/TestEnvironment.h"
 
 #include <QTabBar>
 #include <QTest>
@@ -24,48 +16,16 @@ namespace {
 
 // The query control with the default companions on the sample's search form: the texts it
 // returns must run and select exactly the documents the sample describes.
-class QuerySampleTest : public ::testing::Test {
+class QuerySampleTest : public test::QueryOnSample {
 protected:
-    test::TestEnvironment environment;
-    test::SampleRepository sample;
-    std::unique_ptr<QWidget> widget;
-    VXQuery* control = nullptr;
-    VXDynaForm* form = nullptr;
-    QWidget* keywords = nullptr;
-
-    void SetUp() override {
-        registerDefaultCompanions();
-        widget.reset(ControlFactory::create(QStringLiteral("VXUILib.VXQuery")));
-        control = qobject_cast<VXQuery*>(widget.get());
-        ASSERT_NE(control, nullptr);
-        form = control->findChild<VXDynaForm*>(QStringLiteral("Group"));
-        keywords = control->findChild<QWidget*>(QStringLiteral("kss1"));
-        ASSERT_TRUE(form && keywords);
-        writeMember(control, "MethodInitString", sample.initFilePath());
-        writeMember(control, "CurrentLibrary", sample.LibraryName);
-        writeMember(control, "GroupName", sample.GroupName);
-        QString path = sample.queryFormPath();
-        ASSERT_TRUE(control->Init(path));
-    }
-
     void setField(const QString& column, const QVariant& value) {
-        for (form->MoveFirstField(); !form->FieldEOF(); form->MoveNextField()) {
-            if (form->FieldName().compare(column, Qt::CaseInsensitive) == 0) {
-                form->setFieldValue(value);
-                return;
-            }
-        }
-        FAIL() << "no field " << column.toStdString();
+        if (!selectField(column))
+            FAIL() << "no field " << column.toStdString();
+        form->setFieldValue(value);
     }
 
     QList<qint32> run(const QString& query) const {
-        Connection connection;
-        connection.open(sample.connectionText());
-        Recordset result;
-        result.open(query, connection);
-        QList<qint32> ids;
-        for (; !result.eof(); result.moveNext())
-            ids << result.value(QStringLiteral("itemid")).toInt();
+        QList<qint32> ids = itemIds(query);
         std::sort(ids.begin(), ids.end());
         return ids;
     }

@@ -1,15 +1,7 @@
-#include "companions/DefaultCompanions.h"
+#include "QueryOnSample.h"
 #include "core/SampleContent.h"
-#include "data/Connection.h"
 #include "data/Error.h"
-#include "data/Recordset.h"
-#include "query/VXQuery.h"
-#include "server/ControlFactory.h"
-#include "server/LateBinding.h"
 #include "session/LibraryState.h"
-#include "session/companions/VXDynaForm.h"
-#include "support/SampleRepository.h"
-#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -35,19 +27,12 @@ const QStringList hostileTexts{
 // The query control on the sample, searched by a user whom KTSecurity keeps from some documents:
 // whatever that user types or picks, none of those documents may come back. On PostgreSQL the
 // database reads backslashes as escapes unless the session says otherwise.
-class QuerySecurityTest : public ::testing::Test {
+class QuerySecurityTest : public test::QueryOnSample {
 protected:
-    test::TestEnvironment environment;
-    test::SampleRepository sample;
-    std::unique_ptr<QWidget> widget;
-    VXQuery* control = nullptr;
-    VXDynaForm* form = nullptr;
-    QWidget* keywords = nullptr;
     qint32 user = 0;
     QList<qint32> hidden; // the documents the user may not see
 
     void SetUp() override {
-        registerDefaultCompanions();
         if (test::sampleEngine() == test::SampleEngine::Postgres) {
             Connection connection;
             connection.open(sample.connectionText());
@@ -57,22 +42,16 @@ protected:
                                               "standard_conforming_strings = off")
                                    .arg(name.value(0).toString()));
             Recordset setting;
-            setting.open(QStringLiteral("SELECT count(*) FROM pg_db_role_setting WHERE "
-                                        "'standard_conforming_strings=off' = ANY(setconfig)"),
+            setting.open(QStringLiteral("SELECT count(*) FROM pg_db_role_setting s JOIN "
+                                        "pg_database d ON d.oid = s.setdatabase WHERE "
+                                        "d.datname = current_database() AND "
+                                        "'standard_conforming_strings=off' = ANY(s.setconfig)"),
                          connection);
             ASSERT_EQ(setting.value(0).toInt(), 1);
         }
-        widget.reset(ControlFactory::create(QStringLiteral("VXUILib.VXQuery")));
-        control = qobject_cast<VXQuery*>(widget.get());
-        ASSERT_NE(control, nullptr);
-        form = control->findChild<VXDynaForm*>(QStringLiteral("Group"));
-        keywords = control->findChild<QWidget*>(QStringLiteral("kss1"));
-        ASSERT_TRUE(form && keywords);
-        writeMember(control, "MethodInitString", sample.initFilePath());
-        writeMember(control, "CurrentLibrary", sample.LibraryName);
-        writeMember(control, "GroupName", sample.GroupName);
-        QString path = sample.queryFormPath();
-        ASSERT_TRUE(control->Init(path));
+        QueryOnSample::SetUp();
+        if (HasFatalFailure())
+            return;
 
         const auto count = qint32(sample.expected().documents);
         for (qint32 id = 1; id <= count && user == 0; ++id) {
@@ -89,27 +68,11 @@ protected:
         control->setUserID(short(user));
     }
 
-    bool selectField(const QString& column) {
-        for (form->MoveFirstField(); !form->FieldEOF(); form->MoveNextField()) {
-            if (form->FieldName().compare(column, Qt::CaseInsensitive) == 0)
-                return true;
-        }
-        return false;
-    }
-
     // The ids the control's query returns; nothing when the control refuses the query or the
     // engine rejects it.
     std::optional<QList<qint32>> search() {
         try {
-            const QString query = control->queryString();
-            Connection connection;
-            connection.open(sample.connectionText());
-            Recordset result;
-            result.open(query, connection);
-            QList<qint32> ids;
-            for (; !result.eof(); result.moveNext())
-                ids << result.value(QStringLiteral("itemid")).toInt();
-            return ids;
+            return itemIds(control->queryString());
         } catch (const Error& error) {
             EXPECT_FALSE(error.description().isEmpty());
             return std::nullopt;

@@ -1,6 +1,8 @@
 #include "ExportVolume.h"
+#include "HitListEvents.h"
 #include "HitPrinter.h"
 #include "HitSearch.h"
+#include "SearchPane.h"
 #include "ViewerFixture.h"
 #include "ViewerWindow.h"
 
@@ -118,7 +120,7 @@ TEST_P(ViewerSearchTest, FavouritesAreKeptPerExport) {
         ViewerWindow window(stateRoot);
         ASSERT_TRUE(window.openExport(first));
         QString name = "Mine", query = "SELECT * FROM Invoices";
-        window.SaveQuery(name, query);
+        window.searchPane()->hitListEvents()->SaveQuery(name, query);
         window.closeExport();
     }
     ViewerWindow window(stateRoot);

@@ -4,9 +4,9 @@
 #include <QStringList>
 #include <QVariantList>
 
-namespace vx::demo {
+namespace vx::apps {
 
-// Receives the hit list's events. The demo reaches the hit list only by class and member
+// Receives the hit list's events. A host reaches the hit list only by class and member
 // names, so the connections are made by name: each slot here carries an event's name and
 // arguments, and connectTo() joins every event the control has to its slot, directly, so an
 // answer written inside the handler (DocumentToMove, ServerName) is there when the event
@@ -43,4 +43,4 @@ public slots:
     void GetServerName();
 };
 
-} // namespace vx::demo
+} // namespace vx::apps

@@ -2,7 +2,7 @@
 
 #include <QMetaMethod>
 
-namespace vx::demo {
+namespace vx::apps {
 
 namespace {
 
@@ -73,4 +73,4 @@ void HitListEvents::GetServerName() {
     emit serverNameRequested();
 }
 
-} // namespace vx::demo
+} // namespace vx::apps
