@@ -329,13 +329,16 @@ std::unique_ptr<RowStore> DbfTableFile::readAll(const QString& tableName) {
     for (const FieldDescriptor& field : d->layout.fields())
         columns << columnFor(field, tableName);
     auto rows = std::make_unique<RowStore>(columns);
-    rows->reserve(d->flushedCount);
 
     const int recordLength = d->layout.recordLength();
     if (!d->file.seek(d->layout.headerLength()))
         throw fileError(d->file, QStringLiteral("read"));
-    const QByteArray records = d->file.read(qint64(d->flushedCount) * recordLength);
+    // A damaged header may claim more records than the file holds: read only what is there.
+    const qint64 onDisk = qMax<qint64>(0, d->file.size() - d->layout.headerLength());
+    const qint64 wanted = qMin(qint64(d->flushedCount), onDisk / qMax(1, recordLength));
+    const QByteArray records = d->file.read(wanted * recordLength);
     const qsizetype count = records.size() / recordLength;
+    rows->reserve(count);
     for (qsizetype r = 0; r < count; ++r) {
         const char* record = records.constData() + r * recordLength;
         if (*record == deletedMark)
