@@ -19,6 +19,9 @@ namespace {
 
 enum class Engine { Sqlite, Postgres };
 
+const QString ConflictText = u"Row cannot be located for updating. Some values may have been "
+                             u"changed since it was last read."_s;
+
 class TwoUsers : public ::testing::TestWithParam<Engine> {
 protected:
     QTemporaryDir folder;
@@ -112,8 +115,14 @@ TEST_P(TwoUsers, ASecondSaveFailsOnlyWhenAChangedColumnWasChangedMeanwhile) {
         theirs.update();
 
         ours.setValue(QString::fromLatin1(c.ourColumn), c.ourValue);
-        const qint32 error = errorNumberOf([&] { ours.update(); });
-        EXPECT_EQ(error, c.conflict ? errors::RowNotFoundForUpdate : 0);
+        try {
+            ours.update();
+            EXPECT_FALSE(c.conflict);
+        } catch (const Error& error) {
+            EXPECT_TRUE(c.conflict);
+            EXPECT_EQ(error.number(), errors::RowNotFoundForUpdate);
+            EXPECT_EQ(error.description(), ConflictText);
+        }
         EXPECT_EQ(stored(1), QString::fromLatin1(c.storedAfter));
         if (c.conflict) {
             // The user's edit stays, for the control to report and the user to decide.
@@ -125,21 +134,34 @@ TEST_P(TwoUsers, ASecondSaveFailsOnlyWhenAChangedColumnWasChangedMeanwhile) {
     }
 }
 
-TEST_P(TwoUsers, TheConflictCarriesThePlatformText) {
-    Recordset theirs = openWords(first);
-    Recordset ours = openWords(second);
-    theirs.setValue("word", "plum");
-    theirs.update();
-    ours.setValue("word", "kiwi");
-    try {
-        ours.update();
-        FAIL() << "the second save went through";
-    } catch (const Error& error) {
-        EXPECT_EQ(error.number(), qint32(0x80040E38));
-        EXPECT_EQ(error.description(), "Row cannot be located for updating. Some values may "
-                                       "have been changed since it was last read.");
-    }
-    EXPECT_EQ(ours.value("word").toString(), "kiwi");
+TEST_P(TwoUsers, EditsMadeWhileMovingReachTheTable) {
+    Recordset set = openWords(first);
+    set.setValue("word", "plum");
+    set.moveNext(); // writes the edit
+    set.deleteCurrent();
+    set.addNew();
+    set.setValue("word", "kiwi");
+    set.setValue("used", true);
+    set.update();
+    EXPECT_EQ(set.value("id").toInt(), 3) << "the engine's new key is read back";
+    EXPECT_EQ(stored(1), "plum|0|null|ripe");
+    EXPECT_EQ(stored(2), "(gone)");
+    EXPECT_EQ(stored(3), "kiwi|-1|null|null");
+}
+
+TEST_P(TwoUsers, RequerySeesTheOtherUsersRowsKeepsTheSortAndMissesNoDeletion) {
+    Recordset ours = openWords(first);
+    ours.setSort("[word] DESC");
+    second.execute("INSERT INTO words (word, used) VALUES ('zucchini', 0)");
+    ours.moveLast();
+    ours.requery();
+    EXPECT_EQ(ours.recordCount(), 3);
+    EXPECT_EQ(ours.position(), 0);
+    EXPECT_EQ(ours.value("word"), QVariant("zucchini"));
+
+    second.execute("DELETE FROM words WHERE word = 'zucchini'");
+    ours.setValue("word", "zebra");
+    EXPECT_EQ(errorNumberOf([&] { ours.update(); }), errors::RowNotFoundForUpdate);
 }
 
 TEST_P(TwoUsers, ABatchReportsTheConflictingRowAndKeepsTheRestPending) {

@@ -93,4 +93,14 @@ inline qint32 errorOf(const std::function<void()>& action) {
     return errorNumberOf(action);
 }
 
+// The text of the vx::Error that `action` raised, empty for none.
+inline QString errorTextOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.description();
+    }
+    return {};
+}
+
 } // namespace vx::test

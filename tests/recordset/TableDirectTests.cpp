@@ -26,42 +26,34 @@ Recordset openForAppend(const QString& table, const Connection& connection) {
 
 } // namespace
 
-TEST(TableDirect, AddingRowsNeverReadsTheTable) {
+TEST(TableDirect, AddingRowsNeverReadsTheTableAndReadingAddsAfterTheLastRow) {
     Connection connection = FakeDriver::connect();
     FakeDriver& fake = FakeDriver::of(connection);
     fake.setResult("words", threeWords);
 
-    Recordset set = openForAppend("words", connection);
-    EXPECT_EQ(set.field("word").definedSize(), 20);
+    Recordset adding = openForAppend("words", connection);
+    EXPECT_EQ(adding.field("word").definedSize(), 20);
     for (const char* word : {"kiwi", "plum"}) {
-        set.addNew();
-        set.setValue("id", 9);
-        set.setValue("word", word);
-        set.update();
+        adding.addNew();
+        adding.setValue("id", 9);
+        adding.setValue("word", word);
+        adding.update();
     }
-    set.close();
-
     EXPECT_EQ(fake.selects, 0);
     EXPECT_EQ(fake.structureReads, 1);
     ASSERT_EQ(fake.calls.size(), 2);
     EXPECT_EQ(fake.calls[1].kind, WriteCall::Insert);
     EXPECT_EQ(fake.calls[1].values, (QVariantList{9, "plum"}));
-}
 
-TEST(TableDirect, ReadingStartsAtTheFirstRowAndAddsAfterTheLast) {
-    Connection connection = FakeDriver::connect();
-    FakeDriver& fake = FakeDriver::of(connection);
-    fake.setResult("words", threeWords);
-
-    Recordset set = openForAppend("words", connection);
-    ASSERT_FALSE(set.eof());
-    EXPECT_EQ(set.value("word"), QVariant("pear"));
-    set.moveNext();
-    set.addNew(); // the rows not yet read come first
-    set.setValue("id", 4);
-    set.update();
-    EXPECT_EQ(set.recordCount(), 4);
-    EXPECT_EQ(set.position(), 3);
+    Recordset reading = openForAppend("words", connection);
+    ASSERT_FALSE(reading.eof());
+    EXPECT_EQ(reading.value("word"), QVariant("pear"));
+    reading.moveNext();
+    reading.addNew(); // the rows not yet read come first
+    reading.setValue("id", 4);
+    reading.update();
+    EXPECT_EQ(reading.recordCount(), 4);
+    EXPECT_EQ(reading.position(), 3);
     EXPECT_EQ(fake.selects, 1);
 }
 
@@ -94,7 +86,7 @@ struct SqliteTableDirect : ::testing::Test {
 
 } // namespace
 
-TEST_F(SqliteTableDirect, ColumnsAreThoseOfAFullReadWhetherTheTableIsEmptyOrNot) {
+TEST_F(SqliteTableDirect, ColumnsAreThoseOfAFullReadAndAMissingTableFailsAtOpen) {
     for (const int rows : {0, 3}) {
         fill(rows);
         Recordset streamed = openForAppend("items", connection);
@@ -115,6 +107,8 @@ TEST_F(SqliteTableDirect, ColumnsAreThoseOfAFullReadWhetherTheTableIsEmptyOrNot)
         }
         EXPECT_TRUE(streamed.supports(CursorOption::AddNew));
     }
+    EXPECT_EQ(errorNumberOf([&] { openForAppend("nothing", connection); }),
+              ErrorNumber::TableNotFound);
 }
 
 TEST_F(SqliteTableDirect, AForwardOnlyReadReturnsEveryRowInTableOrder) {
@@ -150,10 +144,4 @@ TEST_F(SqliteTableDirect, RowsAddedWithoutReadingReachTheTable) {
         seen << check.value(0).toString() + '|' + check.value(1).toString() + '|' +
                     check.value(2).toDateTime().toString(Qt::ISODate);
     EXPECT_EQ(seen, (QStringList{"1|u1|", "2|u2|", "7|new|2024-05-06T07:08:09"}));
-}
-
-TEST_F(SqliteTableDirect, AMissingTableIsReportedAtOpen) {
-    Recordset set;
-    EXPECT_EQ(errorNumberOf([&] { set = openForAppend("nothing", connection); }),
-              ErrorNumber::TableNotFound);
 }
