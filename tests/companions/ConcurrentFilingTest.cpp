@@ -13,7 +13,6 @@
 #include <QSet>
 #include <gtest/gtest.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 using namespace vx;
@@ -160,58 +159,6 @@ TEST_F(ConcurrentFilingTest, AFilerThatLosesTheIdRaceFilesUnderTheNextFreeIds) {
     EXPECT_EQ(count(QStringLiteral("select max(fileid) from KTFile")), fileId + 2);
     EXPECT_TRUE(
         QFile::exists(QDir(sample.documentFolder()).filePath(QString::number(id + 2) + ".txt")));
-}
-
-TEST_F(ConcurrentFilingTest, APermanentFailureLeavesNoRowAndNoFile) {
-    const QString folder = sample.documentFolder();
-    const qint64 items = count(QStringLiteral("select count(*) from KTItem"));
-    const qint64 files = count(QStringLiteral("select count(*) from KTFile"));
-    struct Case {
-        const char* name;
-        std::function<bool()> breakFolder; // false: not possible here
-        std::function<void()> repair;
-    };
-    const QString moved = folder + QStringLiteral(".away");
-    const Case cases[] = {
-        {"read-only document folder",
-         [&] {
-             // The superuser writes into read-only folders anyway.
-             return geteuid() != 0 &&
-                    QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
-         },
-         [&] {
-             QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-         }},
-        {"document folder replaced by a file",
-         [&] {
-             QFile plain(folder);
-             return QDir().rename(folder, moved) && plain.open(QIODevice::WriteOnly);
-         },
-         [&] {
-             QFile::remove(folder);
-             QDir().rename(moved, folder);
-         }},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const QSet<QString> before = documentFiles();
-        if (!c.breakFolder()) {
-            c.repair();
-            continue;
-        }
-        ScanIndex api;
-        api.Init(library);
-        ASSERT_TRUE(api.SelectGroup(group));
-        environment.ui().answerMessage(MessageAnswer::Ok);
-        QString path = environment.writeFile(QStringLiteral("incoming/doc.txt"), "doc");
-        QString user = QStringLiteral("alice");
-        EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
-        EXPECT_FALSE(api.lastError().isEmpty());
-        c.repair();
-        EXPECT_EQ(count(QStringLiteral("select count(*) from KTItem")), items);
-        EXPECT_EQ(count(QStringLiteral("select count(*) from KTFile")), files);
-        EXPECT_EQ(documentFiles(), before);
-    }
 }
 
 TEST_F(ConcurrentFilingTest, ARepositoryWithoutIdSequencesOrCounterRowsContinuesAfterItsIds) {

@@ -1,10 +1,7 @@
 #include "companions/DynaForm.h"
 
 #include "FormTestHelpers.h"
-#include "companions/form/FieldEditor.h"
 #include "data/Error.h"
-#include "support/SampleRepository.h"
-#include "support/TestEnvironment.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -12,7 +9,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
-#include <QScrollArea>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -54,16 +50,11 @@ TEST_F(DynaFormTest, RendersOneLabelledEditorPerFieldAndWalksThemInFormOrder) {
     EXPECT_TRUE(paid->isTristate());
     EXPECT_EQ(paid->checkState(), Qt::PartiallyChecked);
 
-    // Combo fields offer the rows of the source their definition names (FormEntryTest has the
-    // sources and the order).
+    // Combo fields (their lists are FormEntryTest's) are editable and start with nothing picked.
     auto* customer = input<QComboBox>("field_Customer", "combo");
-    auto* status = input<QComboBox>("field_Status", "combo");
-    ASSERT_TRUE(customer && status);
+    ASSERT_NE(customer, nullptr);
     EXPECT_TRUE(customer->isEditable());
-    EXPECT_EQ(customer->count(), sample.expected().customerHints);
-    EXPECT_EQ(customer->itemText(0), QStringLiteral("Acme Tools"));
     EXPECT_TRUE(customer->currentText().isEmpty()) << "filling the list picks nothing";
-    EXPECT_GT(status->count(), 0) << "the group table's own values";
 
     // The query form holds each numeric and date field twice, as a range.
     load(sample.queryFormPath());
@@ -133,32 +124,6 @@ TEST_F(DynaFormTest, ValuesReadBackByTypeAndUnconvertibleValuesAreRefused) {
               sample.expected().customerHints);
 }
 
-TEST_F(DynaFormTest, FieldsValidChecksRequiredFieldsNumbersAndDates) {
-    load(sample.formDefinitionPath());
-    EXPECT_FALSE(form.FieldsValid()) << "required fields are empty";
-    auto* numberLabel = form.findChild<QLabel*>("label_InvoiceNo");
-    EXPECT_FALSE(numberLabel->toolTip().isEmpty()) << "the form says what is missing";
-
-    setField(form, "InvoiceNo", QStringLiteral("INV-1"));
-    setField(form, "Customer", QStringLiteral("Acme Tools"));
-    setField(form, "InvoiceDate", QDate(2024, 1, 31));
-    EXPECT_TRUE(form.FieldsValid());
-    EXPECT_TRUE(numberLabel->toolTip().isEmpty());
-
-    // Typed entries the fields cannot hold.
-    auto* amount = input<QLineEdit>("field_Amount", "number");
-    amount->setText(QStringLiteral("99999999999"));
-    EXPECT_FALSE(form.FieldsValid()) << "beyond a 32-bit integer";
-    amount->setText(QStringLiteral("-42"));
-    EXPECT_TRUE(form.FieldsValid());
-    auto* date = input<QLineEdit>("field_InvoiceDate", "date");
-    date->setText(QStringLiteral("31.31.2024"));
-    EXPECT_FALSE(form.FieldsValid());
-    EXPECT_FALSE(form.findChild<QLabel*>("label_InvoiceDate")->toolTip().isEmpty());
-    date->setText(QStringLiteral("2024-02-29"));
-    EXPECT_TRUE(form.FieldsValid());
-}
-
 TEST_F(DynaFormTest, KeyDownIsRaisedOnceForEveryKeyWithPlatformCodes) {
     load(sample.formDefinitionPath());
     form.show();
@@ -184,11 +149,18 @@ TEST_F(DynaFormTest, KeyDownIsRaisedOnceForEveryKeyWithPlatformCodes) {
     EXPECT_FALSE(edit->text().contains(QLatin1Char('x'), Qt::CaseInsensitive))
         << "the swallowed key never reached the edit";
 
-    // Keys in the inner widgets of composite editors are raised too.
+    // Keys in the inner widgets of composite editors are raised too, but Enter in a multi-line
+    // field is a new line there, not the form's key.
     keys.clear();
+    auto* notes = input<QPlainTextEdit>("field_Notes", "memo");
     QTest::keyClick(input<QListWidget>("field_Categories", "list"), Qt::Key_Delete);
-    QTest::keyClick(input<QPlainTextEdit>("field_Notes", "memo"), Qt::Key_F2);
-    EXPECT_EQ(keys, (Keys{{46, 0}, {113, 0}}));
+    QTest::keyClick(notes, Qt::Key_F2);
+    QTest::keyClicks(notes, QStringLiteral("a"));
+    QTest::keyClick(notes, Qt::Key_Return);
+    QTest::keyClick(notes, Qt::Key_Enter);
+    QTest::keyClicks(notes, QStringLiteral("b"));
+    EXPECT_EQ(notes->toPlainText(), "a\n\nb");
+    EXPECT_EQ(keys, (Keys{{46, 0}, {113, 0}, {65, 0}, {66, 0}}));
 }
 
 TEST_F(DynaFormTest, LoadFormReportsABadDefinitionAndReturnsFalse) {

@@ -3,14 +3,17 @@
 #include "companions/ItemList.h"
 #include "data/Connection.h"
 #include "data/Recordset.h"
+#include "portable/WithoutFileOverride.h"
 #include "support/SampleRepository.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
 #include <QFile>
+#include <functional>
 #include <gtest/gtest.h>
 
 using namespace vx;
+using vx::test::WithoutFileOverride;
 
 namespace {
 
@@ -144,41 +147,66 @@ TEST_F(ScanIndexTest, DocumentIndexFilesTheDocumentAndEveryRow) {
     EXPECT_EQ(squatter.readAll(), QByteArray("someone else's"));
 }
 
-TEST_F(ScanIndexTest, AFailurePartWayLeavesNoRowAndNoFile) {
+TEST_F(ScanIndexTest, AFailedFilingLeavesNoRowAndNoFileAndIsShownOnce) {
     ASSERT_TRUE(api.SelectGroup(group));
-    const qint64 items = count(QStringLiteral("select count(*) from KTItem"));
-    const qint64 files = count(QStringLiteral("select count(*) from KTFile"));
-    const QStringList filesBefore = documentFiles();
-    environment.ui()
-        .answerMessage(MessageAnswer::Ok)
-        .answerMessage(MessageAnswer::Ok)
-        .answerMessage(MessageAnswer::Ok);
-
-    // A staged column the group table lacks fails after the item and file rows were written.
-    stage("InvoiceNo", QStringLiteral("INV-X"));
-    stage("NoSuchColumn", QStringLiteral("x"));
-    api.setKeywordsList(listOf({"urgent"}));
-    QString path = document(QStringLiteral("a.txt"), "a");
-    EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
-    EXPECT_TRUE(api.lastError().contains(QStringLiteral("NoSuchColumn")));
-
-    // So does a value too long for its column; the message names the column.
-    stage("InvoiceNo", QString(30, QLatin1Char('9')));
-    EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
-    EXPECT_TRUE(api.lastError().contains(QStringLiteral("\"InvoiceNo\"")))
-        << api.lastError().toStdString();
-
-    // A missing group table fails the same way.
-    connection.execute(QStringLiteral("DROP TABLE Invoices"));
-    stage("InvoiceNo", QStringLiteral("INV-Y"));
-    EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
-
-    EXPECT_EQ(count(QStringLiteral("select count(*) from KTItem")), items);
-    EXPECT_EQ(count(QStringLiteral("select count(*) from KTFile")), files);
-    EXPECT_EQ(count(QStringLiteral("select count(*) from keywords where keyword = 'urgent' and "
-                                   "itemid > 300")),
-              0);
-    EXPECT_EQ(documentFiles(), filesBefore);
-    ASSERT_EQ(environment.ui().prompts().size(), 3) << "each failure is shown once";
-    EXPECT_EQ(environment.ui().prompts().first().title, QStringLiteral("DocumentIndex"));
+    const QString folder = sample.documentFolder();
+    const QString moved = folder + QStringLiteral(".away");
+    const auto plainFolder = [&] {
+        QFile::remove(folder);
+        QDir().rename(moved, folder);
+    };
+    struct Case {
+        const char* name;
+        QString staged;  // InvoiceNo
+        QString mention; // part of the error
+        std::function<void()> breakIt;
+        std::function<void()> repair;
+    };
+    // Each fails after the item and file rows were written. The read-only folder is tried by a
+    // thread without root's file-access override, as users are.
+    const Case cases[] = {
+        {"a staged column the group table lacks", "INV-X", "NoSuchColumn",
+         [&] { stage("NoSuchColumn", QStringLiteral("x")); }, [] {}},
+        {"a value too long for its column", QString(30, QLatin1Char('9')), "\"InvoiceNo\"", [] {},
+         [] {}},
+        {"a read-only document folder", "INV-R", "",
+         [&] { QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner); },
+         [&] {
+             QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+         }},
+        {"the document folder replaced by a file", "INV-F", "",
+         [&] {
+             QFile plain(folder);
+             ASSERT_TRUE(QDir().rename(folder, moved) && plain.open(QIODevice::WriteOnly));
+         },
+         plainFolder},
+        {"a missing group table", "INV-Y", "",
+         [&] { connection.execute(QStringLiteral("DROP TABLE Invoices")); }, [] {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const qint64 items = count(QStringLiteral("select count(*) from KTItem"));
+        const qint64 files = count(QStringLiteral("select count(*) from KTFile"));
+        const QStringList filesBefore = documentFiles();
+        environment.ui().clearPrompts();
+        environment.ui().answerMessage(MessageAnswer::Ok);
+        stage("InvoiceNo", c.staged);
+        api.setKeywordsList(listOf({"urgent"}));
+        QString path = document(QStringLiteral("a.txt"), "a");
+        {
+            WithoutFileOverride owner;
+            ASSERT_TRUE(owner.ok());
+            c.breakIt();
+            EXPECT_EQ(api.DocumentIndex(path, nullptr, user), 0);
+        }
+        c.repair();
+        EXPECT_TRUE(api.lastError().contains(c.mention)) << api.lastError().toStdString();
+        EXPECT_FALSE(api.lastError().isEmpty());
+        EXPECT_EQ(count(QStringLiteral("select count(*) from KTItem")), items);
+        EXPECT_EQ(count(QStringLiteral("select count(*) from KTFile")), files);
+        EXPECT_EQ(documentFiles(), filesBefore);
+        ASSERT_EQ(environment.ui().prompts().size(), 1);
+        EXPECT_EQ(environment.ui().prompts().first().title, QStringLiteral("DocumentIndex"));
+    }
+    EXPECT_EQ(count(QStringLiteral("select count(*) from keywords where itemid > 300")), 0);
 }
