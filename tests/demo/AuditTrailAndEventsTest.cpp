@@ -9,8 +9,8 @@
 
 namespace {
 
-using vx::demo::AuditTrailPanel;
 using vx::apps::HitListEvents;
+using vx::demo::AuditTrailPanel;
 
 TEST(AuditTrailPanel, ShowsEachEntryAndAppendsItToTheLog) {
     vx::test::TestEnvironment environment;

@@ -4,33 +4,19 @@
 #include "SearchPage.h"
 #include "companions/DefaultCompanions.h"
 #include "data/Recordset.h"
-#include "server/LateBinding.h"
 #include "session/GroupConnection.h"
 #include "session/SystemFolder.h"
 #include "support/SampleRepository.h"
-#include "support/ScriptedUiServices.h"
 #include "support/TestEnvironment.h"
 
-#include <QDate>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QTabWidget>
 #include <gtest/gtest.h>
 
 namespace {
 
 using vx::demo::DemoWindow;
-
-void fillForm(QObject* form, const QVariantMap& values) {
-    vx::callMember(form, "MoveFirstField");
-    while (!vx::readMember(form, "FieldEOF").toBool()) {
-        const QString column = vx::readMember(form, "FieldName").toString();
-        if (values.contains(column))
-            vx::writeMember(form, "FieldValue", values.value(column));
-        vx::callMember(form, "MoveNextField");
-    }
-}
 
 class DemoWindowTest : public ::testing::Test {
 protected:
@@ -61,47 +47,6 @@ TEST_F(DemoWindowTest, OpensTheSampleGroupAndRefusesAMissingOneWithAMessage) {
     EXPECT_EQ(window.session().queryFormPath, sample.queryFormPath());
     EXPECT_EQ(window.initFileIn(sample.dir()), sample.initFilePath());
     EXPECT_EQ(environment.ui().prompts().size(), 1) << "opening the sample asks nothing";
-}
-
-TEST_F(DemoWindowTest, IndexPageFilesTheChosenDocumentThroughTheIndexingApi) {
-    DemoWindow window;
-    ASSERT_TRUE(window.openGroup(sample.initFilePath()));
-    vx::demo::IndexPage* page = window.indexPage();
-
-    environment.ui().answerMessage(vx::MessageAnswer::Ok);
-    EXPECT_EQ(page->fileDocument(), 0);
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    EXPECT_EQ(environment.ui().prompts()[0].text, "Choose the document file to index first.");
-
-    const QString document = environment.writeFile("scan/new-invoice.txt", "INVOICE 9001");
-    page->setDocumentPath(document);
-    QObject* form = page->indexControl()->findChild<QObject*>("Group");
-    ASSERT_NE(form, nullptr);
-    fillForm(form, {{"InvoiceNo", "INV-0009001"},
-                    {"Customer", "Acme Tools"},
-                    {"InvoiceDate", QDate(2026, 1, 15)},
-                    {"Amount", 1250}});
-    const qint32 itemId = page->fileDocument();
-    ASSERT_GT(itemId, 0) << (environment.ui().prompts().size() > 1
-                                 ? environment.ui().prompts().last().text.toStdString()
-                                 : std::string());
-
-    vx::Connection connection = vx::openGroupConnection(sample.initFilePath());
-    vx::Recordset row;
-    row.open(QStringLiteral("select * from Invoices where itemid = %1").arg(itemId), connection);
-    ASSERT_FALSE(row.eof());
-    EXPECT_EQ(row.value("InvoiceNo").toString(), "INV-0009001");
-    EXPECT_EQ(row.value("Amount").toInt(), 1250);
-    vx::Recordset file;
-    file.open(QStringLiteral("select * from KTFile where itemid = %1").arg(itemId), connection);
-    ASSERT_FALSE(file.eof());
-    // The host finds the filed copy where the repository keeps its documents.
-    const QString located = window.locateDocument(itemId, file.value("fName").toString());
-    ASSERT_NE(located, "ERROR");
-    EXPECT_TRUE(QFileInfo(located).isFile());
-
-    page->nextDocument();
-    EXPECT_TRUE(page->documentPath().isEmpty());
 }
 
 TEST_F(DemoWindowTest, QueryHandOverFileRunsTheSearchAtOnce) {

@@ -17,6 +17,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -151,6 +152,10 @@ TEST_F(HostWorkflowTest, FilesFindsEditsExportsAndShowsPropertiesThroughTheWindo
     vx::demo::IndexPage* index = window->indexPage();
     window->pages()->setCurrentWidget(index);
     QWidget* indexControl = index->indexControl();
+    environment.ui().answerMessage(vx::MessageAnswer::Ok);
+    EXPECT_EQ(index->fileDocument(), 0);
+    EXPECT_EQ(environment.ui().messageTexts(),
+              QStringList{"Choose the document file to index first."});
     const QString document = environment.writeFile("scan/harbour.txt", "INVOICE 9100");
     QTest::keyClicks(index->findChild<QLineEdit*>("documentPath"), document);
     typeInto(indexControl, "InvoiceNo", "INV-0009100");
@@ -174,6 +179,10 @@ TEST_F(HostWorkflowTest, FilesFindsEditsExportsAndShowsPropertiesThroughTheWindo
     EXPECT_EQ(status(), QStringLiteral("Filed harbour.txt as item %1.").arg(itemId));
     EXPECT_EQ(column(initFile, "select Amount from Invoices where itemid = " + itemId),
               QStringList{"12"});
+    const QString stored =
+        column(initFile, "select fname from KTFile where itemid = " + itemId).value(0);
+    EXPECT_TRUE(QFileInfo(window->locateDocument(itemId.toInt(), stored)).isFile())
+        << "the host finds the filed copy where the repository keeps its documents";
     EXPECT_EQ(window->auditTrail()->entryCount(), 1);
     QFile log(QDir(sample.dir()).filePath("audit-trail.log"));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
@@ -185,6 +194,8 @@ TEST_F(HostWorkflowTest, FilesFindsEditsExportsAndShowsPropertiesThroughTheWindo
     EXPECT_EQ(column(initFile, "select count(*) from KTItem").first().toInt(), itemsBefore + 1);
     QTest::keyClicks(fieldInput(indexControl, "Notes"), "x");
     EXPECT_TRUE(file->isEnabled()) << "a changed form is a new document";
+    QTest::mouseClick(index->findChild<QPushButton*>("nextDocument"), Qt::LeftButton);
+    EXPECT_TRUE(index->documentPath().isEmpty());
 
     // Find it by a field and a keyword, Enter in the search form running the search.
     window->pages()->setCurrentWidget(window->searchPage());
