@@ -1,4 +1,5 @@
 #include "FindReplaceFixture.h"
+#include "session/PromptText.h"
 
 #include <QTest>
 #include <algorithm>
@@ -19,11 +20,9 @@ TEST_F(FindReplacePanelTest, MemoAndListColumnsNeverOpenThePanel) {
         ui().answerMessage(MessageAnswer::Ok);
         hitList->clickedCaption = caption;
         panel->openForClickedColumn();
-        ASSERT_TRUE(ui().lastPrompt());
-        EXPECT_EQ(ui().lastPrompt()->text, message);
-        EXPECT_EQ(ui().lastPrompt()->title, "Listfield Selected");
-        EXPECT_EQ(ui().lastPrompt()->buttons, MessageStyle::OkOnly);
+        EXPECT_EQ(promptTexts(ui()).value(0), promptText("Listfield Selected", message, 0));
         EXPECT_TRUE(panel->isHidden());
+        ui().clearPrompts();
     }
     EXPECT_EQ(hitList->layouts, 0);
 }
@@ -88,10 +87,8 @@ TEST_F(FindReplacePanelTest, FindNextIgnoresCaseWrapsOnYesAndStopsOnTheLastRowOn
     // Past the last match: Yes goes round to the first match.
     ui().answerMessage(MessageAnswer::Yes);
     click("btnFindNext");
-    ASSERT_EQ(ui().prompts().size(), 1);
-    EXPECT_EQ(ui().prompts()[0].text, WrapQuestion);
-    EXPECT_EQ(ui().prompts()[0].title, "Find");
-    EXPECT_EQ(ui().prompts()[0].buttons, MessageStyle::YesNo);
+    EXPECT_EQ(promptTexts(ui()),
+              QStringList{promptText("Find", WrapQuestion, MessageStyle::YesNo)});
     EXPECT_EQ(hitList->currentItemId(), matches.first());
 
     // No leaves the last row current.
@@ -108,7 +105,6 @@ TEST_F(FindReplacePanelTest, FindNextIgnoresCaseWrapsOnYesAndStopsOnTheLastRowOn
     ui().answerMessage(MessageAnswer::Ok);
     click("btnFindNext");
     EXPECT_EQ(ui().lastPrompt()->text, "Invalid number entered!");
-    EXPECT_EQ(ui().lastPrompt()->title, "Find What");
     EXPECT_EQ(hitList->currentItemId(), rows.last());
 }
 
@@ -162,14 +158,14 @@ TEST_F(FindReplacePanelTest, ReplacingKeepsToTheDocumentsOfTheResult) {
     ui().answerMessage(MessageAnswer::Yes).answerMessage(MessageAnswer::Ok);
     openOn("Customer", "o'malley bakery", "O'Malley Bakehouse");
     click("btnReplaceAll");
-    ASSERT_EQ(ui().prompts().size(), 2);
-    EXPECT_EQ(ui().prompts()[0].text, "Changes made will be permanent. Proceed in replacing all "
-                                      "occurances of o'malley bakery with O'Malley Bakehouse?");
-    EXPECT_EQ(ui().prompts()[0].title, "Replace All");
-    EXPECT_EQ(ui().prompts()[0].buttons, MessageStyle::YesNo);
-    EXPECT_EQ(ui().prompts()[1].text, QString::number(inResult.size()) + " Change(s) Made");
-    EXPECT_EQ(ui().prompts()[1].title, "Replaced");
-    EXPECT_EQ(ui().prompts()[1].icon, MessageStyle::Information);
+    EXPECT_EQ(
+        promptTexts(ui()),
+        (QStringList{promptText("Replace All",
+                                "Changes made will be permanent. Proceed in replacing all "
+                                "occurances of o'malley bakery with O'Malley Bakehouse?",
+                                MessageStyle::YesNo),
+                     promptText("Replaced", QString::number(inResult.size()) + " Change(s) Made",
+                                MessageStyle::OkOnly | MessageStyle::Information)}));
     EXPECT_EQ(itemsOfCustomer("O'Malley Bakehouse"), inResult);
     QList<qint32> untouched = all;
     for (qint32 id : inResult)
@@ -194,10 +190,7 @@ TEST_F(FindReplacePanelTest, ReplaceAllChangesNothingWithoutMatchOrConsent) {
     ui().answerMessage(MessageAnswer::Ok);
     openOn("Customer", "Nobody Ltd", "Acme Toolworks");
     click("btnReplaceAll");
-    ASSERT_EQ(ui().prompts().size(), 1);
-    EXPECT_EQ(ui().prompts()[0].text, "No matches found!");
-    EXPECT_EQ(ui().prompts()[0].title, "Replace All");
-    EXPECT_EQ(ui().prompts()[0].buttons, MessageStyle::OkOnly);
+    EXPECT_EQ(promptTexts(ui()), QStringList{promptText("Replace All", "No matches found!", 0)});
     EXPECT_EQ(hitList->requeries, 2);
 }
 

@@ -2,6 +2,7 @@
 
 #include "hitlist/ResultsGrid.h"
 #include "hitlist/VXHitList.h"
+#include "session/PromptText.h"
 #include "support/FakeHitListContext.h"
 #include "support/SampleRepository.h"
 #include "support/TestEnvironment.h"

@@ -108,17 +108,26 @@ TEST_F(RowProtocolTest, NavigationRaisesOneEventPerMoveAndNothingAtTheEnds) {
         EXPECT_EQ(protocol(), step.expected) << step.what;
     }
     EXPECT_EQ(hitList->currentItemId(), itemAt(3));
+    EXPECT_EQ(hitList->selectedItems(), QVariantList{itemAt(3)});
 }
 
 TEST_F(RowProtocolTest, SelectionWalkOverOtherRowsRaisesNothing) {
+    clickRow(2);
+    EXPECT_EQ(protocol(), moved(itemAt(2)));
     auto* selection = grid()->selectionModel();
-    for (const int row : {5, 1})
+    for (const int row : {5, 4})
         selection->select(grid()->model()->index(row, 0),
                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    EXPECT_EQ(hitList->selectedItems().size(), 3);
+    EXPECT_EQ(hitList->selectedItems(), (QVariantList{itemAt(2), itemAt(5), itemAt(4)}));
+    EXPECT_EQ(grid()->boundRecordset().position(), 4) << "the result ends on the last one";
+
+    // A double click selects from the current row to the last.
+    clickRow(3);
+    EXPECT_EQ(protocol(), moved(itemAt(3)));
     emit grid()->dblClick();
+    EXPECT_EQ(grid()->selectionModel()->selectedRows().size(), grid()->model()->rowCount() - 3);
     EXPECT_EQ(protocol(), QStringList());
-    EXPECT_EQ(hitList->currentItemId(), itemAt(0));
+    EXPECT_EQ(hitList->currentItemId(), itemAt(3));
 }
 
 TEST_F(RowProtocolTest, MovingPastEitherEndOfTheVersionsReportsThatEndAgain) {

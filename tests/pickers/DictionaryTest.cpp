@@ -3,6 +3,7 @@
 #include "data/Recordset.h"
 #include "pickers/VXDictionary.h"
 #include "server/LateBinding.h"
+#include "session/PromptText.h"
 #include "session/UiServices.h"
 #include "support/SampleRepository.h"
 #include "support/TestEnvironment.h"
@@ -127,11 +128,9 @@ TEST_F(DictionaryTest, DeleteAsksAndOnlyYesRemovesTheRow) {
 
     environment.ui().answerMessage(MessageAnswer::No);
     pressDeleteOn(1);
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    const test::Prompt asked = environment.ui().prompts()[0];
-    EXPECT_EQ(asked.text, "Delete Current Row?");
-    EXPECT_EQ(asked.style, MessageStyle::YesNo | MessageStyle::Question);
-    EXPECT_EQ(asked.title, "");
+    EXPECT_EQ(test::promptTexts(environment.ui()),
+              QStringList{test::promptText("", "Delete Current Row?",
+                                           MessageStyle::YesNo | MessageStyle::Question)});
     EXPECT_EQ(rows(), count);
     EXPECT_EQ(cell(1), words[1]);
     EXPECT_EQ(tableWords(), words);

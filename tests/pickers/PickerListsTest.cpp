@@ -4,6 +4,7 @@
 #include "pickers/VXDocSec.h"
 #include "pickers/VXKeywords.h"
 #include "session/GroupConnection.h"
+#include "session/PromptText.h"
 #include "support/SampleRepository.h"
 #include "support/TestEnvironment.h"
 
@@ -125,10 +126,9 @@ TEST_F(KeywordPickerTest, InitFailureShowsTheDescriptionAndKeepsTheWordsRead) {
     ASSERT_FALSE(expected.isEmpty());
     environment.ui().answerMessage(MessageAnswer::Ok);
     keywords.setInit(noDataLink);
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    EXPECT_EQ(environment.ui().prompts()[0].text, expected);
-    EXPECT_EQ(environment.ui().prompts()[0].style, MessageStyle::OkOnly) << "no icon";
-    EXPECT_EQ(environment.ui().prompts()[0].title, "");
+    EXPECT_EQ(test::promptTexts(environment.ui()),
+              QStringList{test::promptText("", expected, MessageStyle::OkOnly)})
+        << "no icon, no title";
 
     // The database opens but the query fails: the words loaded earlier stay.
     keywords.setInit(sample.initFilePath());

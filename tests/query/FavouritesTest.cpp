@@ -1,5 +1,6 @@
 #include "query/VXFavourites.h"
 #include "server/ControlFactory.h"
+#include "session/PromptText.h"
 #include "session/Settings.h"
 #include "support/TestEnvironment.h"
 
@@ -92,11 +93,10 @@ TEST_F(FavouritesTest, DuplicateNamesAreRefusedAndLeaveEverythingAsItWas) {
     environment.ui().answerMessage(MessageAnswer::Ok).answerMessage(MessageAnswer::Ok);
     EXPECT_FALSE(add("Open", "SELECT 2"));
     EXPECT_FALSE(add("OPEN", "SELECT 3")) << "the settings store ignores case, so must names";
-    ASSERT_EQ(environment.ui().prompts().size(), 2);
-    const test::Prompt prompt = environment.ui().prompts().first();
-    EXPECT_EQ(prompt.text, "A favourite with this name already exists.");
-    EXPECT_EQ(prompt.title, "AddItem");
-    EXPECT_EQ(prompt.style, MessageStyle::OkOnly | MessageStyle::Exclamation);
+    EXPECT_EQ(
+        test::promptTexts(environment.ui()),
+        QStringList(2, test::promptText("AddItem", "A favourite with this name already exists.",
+                                        MessageStyle::OkOnly | MessageStyle::Exclamation)));
     EXPECT_EQ(names(), QStringList({"Open"}));
     favourites.Done();
     EXPECT_EQ(getSetting(group, "Open"), "SELECT 1");
@@ -172,10 +172,10 @@ TEST_F(FavouritesTest, RemoveItemTakesOnlyTheListEntryAndReportsUnknownOnes) {
     QVariant outOfRange = 5;
     EXPECT_FALSE(favourites.RemoveItem(unknown));
     EXPECT_FALSE(favourites.RemoveItem(outOfRange));
-    EXPECT_EQ(environment.ui().messageTexts(),
-              QStringList({"Element not found", "Index out of bounds"}));
-    EXPECT_EQ(environment.ui().lastPrompt()->title, "RemoveItem");
-    EXPECT_EQ(environment.ui().lastPrompt()->style, MessageStyle::OkOnly | MessageStyle::Critical);
+    const int critical = MessageStyle::OkOnly | MessageStyle::Critical;
+    EXPECT_EQ(test::promptTexts(environment.ui()),
+              QStringList({test::promptText("RemoveItem", "Element not found", critical),
+                           test::promptText("RemoveItem", "Index out of bounds", critical)}));
 
     favourites.Done();
     EXPECT_EQ(storedKeys(group), QStringList({"1", "One", "Total"}));
@@ -190,13 +190,11 @@ TEST_F(FavouritesTest, UnreadableStoreIsReportedWithTheEntryBeingLoaded) {
     environment.ui().answerMessage(MessageAnswer::Ok).answerMessage(MessageAnswer::Ok);
     EXPECT_FALSE(init(group));
     ASSERT_EQ(environment.ui().prompts().size(), 2);
-    const test::Prompt error = environment.ui().prompts().at(0);
-    EXPECT_EQ(error.title, "Favourites: Init()");
-    EXPECT_EQ(error.style, MessageStyle::OkOnly | MessageStyle::Critical);
-    const test::Prompt entry = environment.ui().prompts().at(1);
-    EXPECT_EQ(entry.text, "key: first name: first\rquery: SELECT 1");
-    EXPECT_EQ(entry.title, QString());
-    EXPECT_EQ(entry.style, MessageStyle::OkOnly);
+    EXPECT_EQ(environment.ui().prompts()[0].title, "Favourites: Init()");
+    EXPECT_EQ(environment.ui().prompts()[0].style, MessageStyle::OkOnly | MessageStyle::Critical);
+    EXPECT_EQ(
+        test::promptText(environment.ui().prompts()[1]),
+        test::promptText("", "key: first name: first\rquery: SELECT 1", MessageStyle::OkOnly));
     EXPECT_EQ(names(), QStringList({"First"})) << "what loaded before the error stays";
 
     // A total that is no number.

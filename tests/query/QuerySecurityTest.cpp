@@ -171,22 +171,4 @@ TEST_F(QuerySecurityTest, HostileCriteriaInEveryFieldTypeMatchNothingHidden) {
     }
 }
 
-TEST_F(QuerySecurityTest, SessionsReadBackslashesAsPlainCharacters) {
-    Connection connection;
-    connection.open(sample.connectionText());
-    // The criterion as the form quotes it: on a session reading backslash escapes the quote
-    // after the backslash would end the text and "or 1=1" would select every row.
-    Recordset rows;
-    rows.open(QStringLiteral("SELECT itemid FROM Invoices WHERE LOWER(Invoices.Customer) = "
-                             "'\\'' or 1=1 --'"),
-              connection);
-    EXPECT_TRUE(rows.eof());
-    rows.close();
-    // A customer name with a backslash is stored and found as typed.
-    connection.execute(
-        QStringLiteral("UPDATE Invoices SET Customer = 'A\\B' WHERE itemid = %1").arg(1));
-    rows.open(QStringLiteral("SELECT Customer FROM Invoices WHERE itemid = 1"), connection);
-    EXPECT_EQ(rows.value(0).toString(), QStringLiteral("A\\B"));
-}
-
 } // namespace
