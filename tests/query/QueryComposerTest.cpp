@@ -1,6 +1,7 @@
 #include "query/QueryComposer.h"
 
 #include "data/Error.h"
+#include "support/ErrorNumberOf.h"
 
 #include <gtest/gtest.h>
 
@@ -13,12 +14,7 @@ namespace {
 const QString FormText = QStringLiteral("SELECT * FROM ktitem WHERE x = 1 ORDER BY y");
 
 qint32 errorNumberOf(const QString& formText, const QString& clause) {
-    try {
-        composeQuery(formText, clause);
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
+    return test::errorNumberOf([&] { composeQuery(formText, clause); });
 }
 
 } // namespace

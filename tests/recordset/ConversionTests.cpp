@@ -1,5 +1,6 @@
 #include "FakeDriver.h"
 #include "data/Field.h"
+#include "session/LocaleScope.h"
 
 #include <QLocale>
 #include <cmath>
@@ -7,30 +8,13 @@
 
 using namespace vx;
 using vx::test::column;
+using vx::test::LocaleScope;
 
 namespace {
 
 qint32 errorOf(const QVariant& value, const ColumnInfo& info) {
-    try {
-        convertForColumn(value, info);
-    } catch (const Error& error) {
-        return error.number();
-    }
-    return 0;
+    return test::errorOf([&] { convertForColumn(value, info); });
 }
-
-// Locale-dependent cases run under a known locale and put the default back.
-class LocaleScope {
-public:
-    explicit LocaleScope(const QLocale& locale)
-        : m_previous(QLocale()) {
-        QLocale::setDefault(locale);
-    }
-    ~LocaleScope() { QLocale::setDefault(m_previous); }
-
-private:
-    QLocale m_previous;
-};
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "FakeDriver.h"
 #include "data/model/RecordsetModel.h"
+#include "session/LocaleScope.h"
 
 #include <QAbstractItemModelTester>
 #include <QLocale>
@@ -21,10 +22,9 @@ struct Model : ::testing::Test {
     RecordsetModel model;
     // Checks the model's signals and counts stay consistent through every step.
     QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Fatal};
-    QLocale previousLocale;
+    test::LocaleScope locale{QLocale(QLocale::English, QLocale::UnitedStates)};
 
     void SetUp() override {
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
         fake.setResult("select * from items", [] {
             return makeStore({column("itemid", DataType::Integer, "items", true),
                               column("title", DataType::VarWChar, "items", false, 8),
@@ -38,7 +38,6 @@ struct Model : ::testing::Test {
         set.open("select * from items", connection, CursorType::Keyset, LockType::Optimistic);
         model.setRecordset(set);
     }
-    void TearDown() override { QLocale::setDefault(previousLocale); }
 
     QString text(int row, int column) { return model.displayText(row, column); }
 };

@@ -1,6 +1,7 @@
 #include "session/Conversions.h"
 
 #include "data/Error.h"
+#include "session/LocaleScope.h"
 #include "support/ErrorNumberOf.h"
 
 #include <QLocale>
@@ -9,18 +10,9 @@
 
 using namespace vx;
 using vx::test::errorNumberOf;
+using vx::test::LocaleScope;
 
 namespace {
-
-// Conversions follow the user's locale; each test picks one and puts the old one back.
-class LocaleScope {
-public:
-    explicit LocaleScope(const QLocale& locale) { QLocale::setDefault(locale); }
-    ~LocaleScope() { QLocale::setDefault(m_previous); }
-
-private:
-    QLocale m_previous;
-};
 
 const QLocale us(QLocale::English, QLocale::UnitedStates);
 const QLocale germany(QLocale::German, QLocale::Germany);
