@@ -116,17 +116,6 @@ TEST_F(HitListTest, InitAddsTheSecurityTabOnceAndFindsTheVersionsTable) {
     EXPECT_FALSE(hitList->findChild<QWidget*>(QStringLiteral("Group"))->isVisible());
 }
 
-TEST_F(HitListTest, CloseListEmptiesAndHidesTheList) {
-    query();
-    hitList->CloseList();
-    EXPECT_EQ(hitList->currentItemId(), 0);
-    EXPECT_FALSE(grid()->isVisible());
-    EXPECT_EQ(grid()->model()->rowCount(), 0);
-    const int events = int(raised.size());
-    click("Next");
-    EXPECT_EQ(raised.size(), events) << "no command runs without a current row";
-}
-
 TEST_F(HitListTest, PublicMembersAreReachableByNameInOrder) {
     const QMetaObject& meta = VXHitList::staticMetaObject;
     const QString text = typeLibraryText(meta);

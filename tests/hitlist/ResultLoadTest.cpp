@@ -205,6 +205,10 @@ TEST_F(ResultLoadTest, ANewQueryOrCloseListCancelsTheLoadWithNoStaleRows) {
     QCoreApplication::processEvents();
     EXPECT_EQ(rows(), 0);
     EXPECT_EQ(hitList->currentItemId(), 0);
+    EXPECT_FALSE(grid()->isVisible());
+    raised.clear();
+    click("Next");
+    EXPECT_TRUE(raised.isEmpty()) << "no command runs without a current row";
 }
 
 TEST_F(ResultLoadTest, AnEngineErrorPartWayShowsResultsAndKeepsTheRowsShown) {
