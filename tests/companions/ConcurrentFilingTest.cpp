@@ -2,6 +2,7 @@
 #include "companions/ScanIndex.h"
 #include "data/Connection.h"
 #include "data/Recordset.h"
+#include "portable/QueryRows.h"
 #include "session/IdCounter.h"
 #include "session/UiServices.h"
 #include "support/SampleRepository.h"
@@ -16,6 +17,7 @@
 #include <vector>
 
 using namespace vx;
+using vx::test::rowsOf;
 
 namespace {
 
@@ -31,11 +33,7 @@ protected:
 
     void SetUp() override { connection.open(sample.connectionText()); }
 
-    qint64 count(const QString& sql) {
-        Recordset rows;
-        rows.open(sql, connection);
-        return rows.eof() ? 0 : rows.value(0).toLongLong();
-    }
+    qint64 count(const QString& sql) { return rowsOf(connection, sql).value(0).toLongLong(); }
 
     // Hidden ones and folders too: a filer's working copy or folder left behind is stray.
     QSet<QString> documentFiles() const {

@@ -1,6 +1,6 @@
 #include "FormTestHelpers.h"
 #include "data/Connection.h"
-#include "data/Recordset.h"
+#include "portable/QueryRows.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -14,19 +14,7 @@ using vx::test::setField;
 
 namespace {
 
-class FormEntryTest : public test::FormOnSample {
-protected:
-    QStringList column(const QString& sql) {
-        Connection connection;
-        connection.open(sample.connectionText());
-        Recordset rows;
-        rows.open(sql, connection);
-        QStringList values;
-        for (; !rows.eof(); rows.moveNext())
-            values << rows.value(0).toString();
-        return values;
-    }
-};
+using FormEntryTest = test::FormOnSample;
 
 TEST_F(FormEntryTest, NumberFieldTakesWhatAWholeNumberColumnTakesAndShowsWhatItRefuses) {
     load(sample.formDefinitionPath());
@@ -115,14 +103,17 @@ TEST_F(FormEntryTest, PickListsComeFromTheSourceTheDefinitionNamesSorted) {
                   [](const QString& a, const QString& b) { return a.localeAwareCompare(b) < 0; });
         return list;
     };
+    Connection connection;
+    connection.open(sample.connectionText());
     // Status names the group table itself: its distinct values.
     const QStringList status = items("field_Status");
     EXPECT_FALSE(status.isEmpty());
-    EXPECT_EQ(status, sorted(column("select distinct Status from Invoices")));
+    EXPECT_EQ(status, sorted(test::rowsOf(connection, "select distinct Status from Invoices")));
     // Customer has a hint table of its own.
     const QStringList customers = items("field_Customer");
     EXPECT_FALSE(customers.isEmpty());
-    EXPECT_EQ(customers, sorted(column("select Customer from InvoicesCustomerHints")));
+    EXPECT_EQ(customers,
+              sorted(test::rowsOf(connection, "select Customer from InvoicesCustomerHints")));
 }
 
 TEST_F(FormEntryTest, SearchFormTextFieldsSayThatAStarMatchesAnyText) {

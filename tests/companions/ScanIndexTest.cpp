@@ -3,6 +3,7 @@
 #include "companions/ItemList.h"
 #include "data/Connection.h"
 #include "data/Recordset.h"
+#include "portable/QueryRows.h"
 #include "portable/WithoutFileOverride.h"
 #include "support/SampleRepository.h"
 #include "support/TestEnvironment.h"
@@ -41,11 +42,7 @@ protected:
         return rows;
     }
 
-    qint64 count(const QString& sql) {
-        Recordset rows;
-        rows.open(sql, connection);
-        return rows.eof() ? 0 : rows.value(0).toLongLong();
-    }
+    qint64 count(const QString& sql) { return test::rowsOf(connection, sql).value(0).toLongLong(); }
 
     QString document(const QString& name, const QByteArray& content) {
         return environment.writeFile(QStringLiteral("incoming/") + name, content);

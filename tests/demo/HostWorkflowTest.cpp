@@ -6,6 +6,7 @@
 #include "companions/DefaultCompanions.h"
 #include "data/Recordset.h"
 #include "operations/Progressbar.h"
+#include "portable/QueryRows.h"
 #include "server/LateBinding.h"
 #include "session/GroupConnection.h"
 #include "support/SampleRepository.h"
@@ -78,13 +79,7 @@ QString python(const QString& code, const QString& file) {
 }
 
 QStringList column(const QString& initFile, const QString& sql) {
-    vx::Connection connection = vx::openGroupConnection(initFile);
-    vx::Recordset rows;
-    rows.open(sql, connection);
-    QStringList values;
-    for (; !rows.eof(); rows.moveNext())
-        values << rows.value(0).toString();
-    return values;
+    return vx::test::rowsOf(vx::openGroupConnection(initFile), sql);
 }
 
 class HostWorkflowTest : public ::testing::Test {

@@ -3,6 +3,7 @@
 #include "companions/ScanIndex.h"
 #include "operations/DocumentOperations.h"
 #include "operations/VolumeLabelReader.h"
+#include "portable/QueryRows.h"
 #include "session/UiServices.h"
 
 #include <atomic>
@@ -50,14 +51,7 @@ protected:
         return result;
     }
 
-    QStringList column(const QString& sql) {
-        Recordset rows;
-        rows.open(sql, hitList.connection());
-        QStringList values;
-        for (; !rows.eof(); rows.moveNext())
-            values << rows.value(0).toString();
-        return values;
-    }
+    QStringList column(const QString& sql) { return rowsOf(hitList.connection(), sql); }
 };
 
 TEST_F(ConcurrentWritersTest, MarkingDeletedAndVolumeUpdateCompleteWhileAnotherUserFiles) {

@@ -1,4 +1,5 @@
 #include "IndexFixture.h"
+#include "portable/QueryRows.h"
 #include "session/UiServices.h"
 
 #include <QDate>
@@ -26,14 +27,8 @@ protected:
         return firstRow("select * from Invoices where itemid = " + QString::number(NewItem));
     }
     QStringList keywordRows() const {
-        Recordset rows;
-        rows.open("select * from keywords where itemid = " + QString::number(NewItem) +
-                      " order by keyword",
-                  openRepository());
-        QStringList words;
-        for (; !rows.eof(); rows.moveNext())
-            words << rows.value("keyword").toString();
-        return words;
+        return rowsOf(openRepository(), "select keyword from keywords where itemid = " +
+                                            QString::number(NewItem) + " order by keyword");
     }
 };
 

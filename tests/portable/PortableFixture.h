@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QueryRows.h"
 #include "companions/DefaultCompanions.h"
 #include "data/Connection.h"
 #include "data/Recordset.h"
@@ -28,20 +29,6 @@ inline MediaDialog* shownMediaDialog() {
             return dialog;
     }
     return nullptr;
-}
-
-// Rows of a query as text, one "a|b|c" line per row.
-inline QStringList rowsOf(const Connection& connection, const QString& sql) {
-    Recordset rows;
-    rows.open(sql, connection);
-    QStringList lines;
-    for (; !rows.eof(); rows.moveNext()) {
-        QStringList values;
-        for (int i = 0; i < rows.fieldCount(); ++i)
-            values << rows.value(i).toString();
-        lines << values.join(u'|');
-    }
-    return lines;
 }
 
 // A sample, the process's folder set to it (the viewer files lie in its "veltrane" folder), a

@@ -2,6 +2,7 @@
 
 #include "companions/DefaultCompanions.h"
 #include "operations/Progressbar.h"
+#include "portable/QueryRows.h"
 #include "server/ControlFactory.h"
 #include "server/LateBinding.h"
 #include "session/LibraryState.h"
@@ -83,14 +84,7 @@ protected:
         for (const QString& item : items)
             callMember(picker, "AddListItem", item);
     }
-    QStringList column(const QString& sql) const {
-        Recordset rows;
-        rows.open(sql, hitList->connection());
-        QStringList values;
-        for (; !rows.eof(); rows.moveNext())
-            values << rows.value(0).toString();
-        return values;
-    }
+    QStringList column(const QString& sql) const { return rowsOf(hitList->connection(), sql); }
     void showItem(qint32 itemId) {
         ASSERT_TRUE(hitList->moveToItem(itemId));
         recordForm->UpdateForm();
