@@ -7,7 +7,8 @@
 // are not timed), and start editing together once all have filed, so that one user's edits
 // never compete with another's filing.
 //
-//   vxbench_load [--documents N] [--edits N] [--rounds N]   (per user; 400, 10; 3 rounds)
+//   vxbench_load [--documents N] [--edits N] [--rounds N] [--sqlite-only]
+//   (per user; 400, 10; 3 rounds)
 //
 // Each user count runs several rounds, taken in turn, and its best round counts: the machine
 // is shared, and a build starting next to one round would otherwise decide the ratio.
@@ -327,9 +328,11 @@ int main(int argc, char** argv) {
         int refused = 0;
         const double sqlite = runEngine(
             "SQLite", documents, edits, rounds, root.path(), [] { return QString(); }, refused);
-        test::PostgresServer& server = test::PostgresServer::instance();
         double postgres = 0;
-        if (server.isRunning()) {
+        if (arguments.contains(QStringLiteral("--sqlite-only"))) {
+            std::printf("PostgreSQL: not measured (--sqlite-only)\n");
+        } else if (test::PostgresServer& server = test::PostgresServer::instance();
+                   server.isRunning()) {
             postgres = runEngine(
                 "PostgreSQL", documents, edits, rounds, root.path(),
                 [&] { return server.createDatabase(); }, refused);

@@ -113,7 +113,7 @@ struct Figures {
 };
 
 // Each figure is the best of this many runs.
-constexpr int Runs = 3;
+constexpr int Runs = 5;
 
 // Keeps the raw loops' reads from being optimised away.
 volatile std::size_t sink = 0;
@@ -300,18 +300,23 @@ bool multiplyOnServer(const QString& initString, int base, int documents) {
     return true;
 }
 
-// DoQuery to the first paint, then to the last row in the grid.
-void measureHitList(const repo::SampleResult& sample, qsizetype rows, Figures& figures) {
-    VXHitList hitList;
-    hitList.resize(1000, 700);
-    hitList.setGroupName(QStringLiteral("Invoices"));
-    hitList.setGroupID(sample.groupId);
-    hitList.setUserName(QStringLiteral("admin"));
-    hitList.setUserPermission(0xFF);
-    hitList.setGroupInitString(sample.formPath);
-    hitList.setInit(sample.initFilePath);
-    hitList.show();
+// A hit list set up on the sample and shown, as a user has it open before searching.
+std::unique_ptr<VXHitList> openHitList(const repo::SampleResult& sample) {
+    auto hitList = std::make_unique<VXHitList>();
+    hitList->resize(1000, 700);
+    hitList->setGroupName(QStringLiteral("Invoices"));
+    hitList->setGroupID(sample.groupId);
+    hitList->setUserName(QStringLiteral("admin"));
+    hitList->setUserPermission(0xFF);
+    hitList->setGroupInitString(sample.formPath);
+    hitList->setInit(sample.initFilePath);
+    hitList->show();
     QCoreApplication::processEvents();
+    return hitList;
+}
+
+// DoQuery to the first paint, then to the last row in the grid.
+void measureHitList(VXHitList& hitList, qsizetype rows, Figures& figures) {
     auto* grid = hitList.findChild<QTableView*>(QStringLiteral("HitList"));
     PaintWatch watch(grid);
     watch.arm();
@@ -321,7 +326,6 @@ void measureHitList(const repo::SampleResult& sample, qsizetype rows, Figures& f
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     figures.fullLoad = seconds(watch.timer());
     figures.rows = grid->model()->rowCount();
-    hitList.Done();
 }
 
 double measureLazyQt(QSqlDatabase database, const QString& sql) {
@@ -346,18 +350,22 @@ double measureLazyQt(QSqlDatabase database, const QString& sql) {
 }
 
 // The hit list and the lazy Qt view in turns, the best of each: the first run of either pays
-// for loading code and warming caches that the other would then find ready.
+// for loading code and warming caches that the other would then find ready. One hit list runs
+// the query again, as a user searches again: its connections are open after the first run, as
+// the Qt view's and the raw loops' are before their timers start.
 void measureBoth(const repo::SampleResult& sample, qsizetype rows, QSqlDatabase database,
                  const QString& sql, Figures& f) {
     f.firstPaint = f.fullLoad = f.lazyQtPaint = 1e9;
+    const std::unique_ptr<VXHitList> list = openHitList(sample);
     for (int run = 0; run < Runs; ++run) {
         Figures hitList;
-        measureHitList(sample, rows, hitList);
+        measureHitList(*list, rows, hitList);
         f.rows = hitList.rows;
         f.firstPaint = std::min(f.firstPaint, hitList.firstPaint);
         f.fullLoad = std::min(f.fullLoad, hitList.fullLoad);
         f.lazyQtPaint = std::min(f.lazyQtPaint, measureLazyQt(database, sql));
     }
+    list->Done();
 }
 
 void report(const char* engine, const Figures& f, const char* raw) {
