@@ -45,11 +45,12 @@ TEST(ConnectionProperties, MergeKeepsOwnValuesAndSetReplacesByAnyCase) {
 }
 
 TEST(ConnectionProperties, MalformedTextIsRefusedClearly) {
-    EXPECT_TRUE(errorOf([] { ConnectionProperties::parse("Provider=SQLite;junk"); },
-                        ErrorNumber::InvalidArgument)
+    EXPECT_TRUE(expectError([] { ConnectionProperties::parse("Provider=SQLite;junk"); },
+                            ErrorNumber::InvalidArgument)
                     .contains(u"junk"));
-    errorOf([] { ConnectionProperties::parse("Password='open"); }, ErrorNumber::InvalidArgument);
-    errorOf([] { ConnectionProperties::parse("=value"); }, ErrorNumber::InvalidArgument);
+    expectError([] { ConnectionProperties::parse("Password='open"); },
+                ErrorNumber::InvalidArgument);
+    expectError([] { ConnectionProperties::parse("=value"); }, ErrorNumber::InvalidArgument);
 }
 
 TEST(DataLinkFile, WritesTheUtf16FormAndReadsItAndUtf8Back) {
@@ -89,10 +90,10 @@ TEST(DataLinkFile, MissingEmptyOrHeaderOnlyFilesNameTheFile) {
     for (const char* name : {"missing.udl", "empty.udl", "header.udl"}) {
         const QString path = folder.filePath(QString::fromLatin1(name));
         EXPECT_TRUE(
-            errorOf([&] { readDataLinkFile(path); }, ErrorNumber::Unspecified).contains(path));
+            expectError([&] { readDataLinkFile(path); }, ErrorNumber::Unspecified).contains(path));
     }
 
-    errorOf([] { readDataLinkFile(QString()); }, ErrorNumber::InvalidArgument);
+    expectError([] { readDataLinkFile(QString()); }, ErrorNumber::InvalidArgument);
 }
 
 TEST(DataLinkFile, AFileHoldingAPasswordIsForItsOwnerOnly) {

@@ -5,6 +5,7 @@
 #include "data/Driver.h"
 #include "data/Error.h"
 #include "data/RowStore.h"
+#include "support/ErrorNumberOf.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -37,18 +38,5 @@ public:
 private:
     QTemporaryDir m_folder;
 };
-
-// Runs `call`, expecting a vx::Error with `number`; returns its description.
-template <typename Call>
-QString errorOf(Call&& call, qint32 number) {
-    try {
-        call();
-    } catch (const Error& error) {
-        EXPECT_EQ(error.number(), number) << error.description().toStdString();
-        return error.description();
-    }
-    ADD_FAILURE() << "no error was raised";
-    return {};
-}
 
 } // namespace vx::test

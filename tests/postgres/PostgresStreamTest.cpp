@@ -1,5 +1,5 @@
-#include "PostgresFixture.h"
 #include "data/ResultStream.h"
+#include "support/EngineDatabase.h"
 
 #include <cmath>
 
@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 namespace vx::test {
 namespace {
 
-using PostgresStream = PostgresFixture;
+using PostgresStream = PostgresDatabase;
 
 // Every value the stream reads (in the server's binary format where it can) equals the value
 // a whole read (text format) gives, cell by cell, nulls included.
@@ -63,7 +63,7 @@ const QString TypedValues =
     ") AS v(k, i2, i4, i8, f4, f8, cur, num, d, ts, t, b, vc, ch, tx, bin) ORDER BY k"_s;
 
 TEST_F(PostgresStream, BinaryCellsReadAsTheirTextDoes) {
-    const auto whole = driver->select(TypedValues);
+    const auto whole = driver().select(TypedValues);
     ASSERT_EQ(whole->rowCount(), 5);
     // Pieces of two rows: a piece ends inside the result and the last one is short.
     Connection reader = connect();
@@ -89,11 +89,11 @@ TEST_F(PostgresStream, BinaryCellsReadAsTheirTextDoes) {
 }
 
 TEST_F(PostgresStream, PiecesOfEverySizeGiveTheWholeResultInOrder) {
-    driver->execute(u"CREATE TABLE Many ([id] LONG, [label] VARCHAR(20))"_s);
-    driver->execute(u"INSERT INTO Many (id, label) SELECT g, 'row ' || g FROM "
-                    "generate_series(1, 1000) AS g"_s);
+    driver().execute(u"CREATE TABLE Many ([id] LONG, [label] VARCHAR(20))"_s);
+    driver().execute(u"INSERT INTO Many (id, label) SELECT g, 'row ' || g FROM "
+                     "generate_series(1, 1000) AS g"_s);
     const QString query = u"SELECT id, label FROM Many ORDER BY id DESC"_s;
-    const auto whole = driver->select(query);
+    const auto whole = driver().select(query);
     Connection reader = connect();
     for (const qsizetype piece : {1, 7, 999, 1000, 1001, 4096}) {
         auto stream = reader.driver().openStream(query);
@@ -109,9 +109,9 @@ TEST_F(PostgresStream, PiecesOfEverySizeGiveTheWholeResultInOrder) {
 }
 
 TEST_F(PostgresStream, AnOrderAskedOfTheServerMatchesTheRecordSetsOrder) {
-    driver->execute(u"CREATE TABLE Ordered ([id] LONG, [amount] CURRENCY, [day] DATETIME)"_s);
-    driver->execute(u"INSERT INTO Ordered (id, amount, day) VALUES (1, 5, NULL), (2, NULL, "
-                    "'1960-01-01'), (3, -2.5, '2040-06-01'), (4, 5, '1999-12-31')"_s);
+    driver().execute(u"CREATE TABLE Ordered ([id] LONG, [amount] CURRENCY, [day] DATETIME)"_s);
+    driver().execute(u"INSERT INTO Ordered (id, amount, day) VALUES (1, 5, NULL), (2, NULL, "
+                     "'1960-01-01'), (3, -2.5, '2040-06-01'), (4, 5, '1999-12-31')"_s);
     Connection reader = connect();
     for (const bool descending : {false, true}) {
         auto stream = reader.driver().openStream(u"SELECT id, amount, day FROM Ordered"_s);

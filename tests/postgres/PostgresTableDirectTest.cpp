@@ -1,5 +1,5 @@
-#include "PostgresFixture.h"
 #include "data/Recordset.h"
+#include "support/EngineDatabase.h"
 
 using namespace vx;
 using namespace vx::test;
@@ -7,17 +7,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class PostgresTableDirect : public PostgresFixture {
+class PostgresTableDirect : public PostgresDatabase {
 protected:
     void SetUp() override {
-        PostgresFixture::SetUp();
+        PostgresDatabase::SetUp();
         if (IsSkipped() || HasFatalFailure())
             return;
-        driver->execute(u"CREATE TABLE Items ([itemid] LONG NOT NULL, [idx_date] DATETIME, "
-                        "[UserName] VARCHAR(50), [amount] DOUBLE, [paid] YESNO, [notes] LONGTEXT, "
-                        "CONSTRAINT [pk_Items] PRIMARY KEY ([itemid]))"_s);
-        driver->execute(u"INSERT INTO Items (itemid, UserName, paid) SELECT n, 'u' || n, "
-                        "CASE WHEN n % 2 = 1 THEN -1 ELSE 0 END FROM generate_series(1, 3000) n"_s);
+        driver().execute(u"CREATE TABLE Items ([itemid] LONG NOT NULL, [idx_date] DATETIME, "
+                         "[UserName] VARCHAR(50), [amount] DOUBLE, [paid] YESNO, [notes] LONGTEXT, "
+                         "CONSTRAINT [pk_Items] PRIMARY KEY ([itemid]))"_s);
+        driver().execute(
+            u"INSERT INTO Items (itemid, UserName, paid) SELECT n, 'u' || n, "
+            "CASE WHEN n % 2 = 1 THEN -1 ELSE 0 END FROM generate_series(1, 3000) n"_s);
     }
 
     static Recordset openForwardOnly(const QString& table, const Connection& connection) {

@@ -11,7 +11,9 @@
 #include "data/Recordset.h"
 #include "session/Schema.h"
 #include "support/PostgresServer.h"
+#include "support/SampleRepository.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -21,6 +23,28 @@ using namespace Qt::StringLiterals;
 
 namespace vx::test {
 namespace {
+
+// Sets an environment variable for the length of a scope.
+class EnvironmentValue {
+public:
+    EnvironmentValue(const char* name, const QByteArray& value)
+        : m_name(name)
+        , m_had(qEnvironmentVariableIsSet(name))
+        , m_previous(qgetenv(name)) {
+        qputenv(name, value);
+    }
+    ~EnvironmentValue() {
+        if (m_had)
+            qputenv(m_name, m_previous);
+        else
+            qunsetenv(m_name);
+    }
+
+private:
+    const char* m_name;
+    bool m_had;
+    QByteArray m_previous;
+};
 
 constexpr qint32 ParityDocuments = 300;
 
@@ -162,63 +186,6 @@ TEST_F(SampleParity, ControlQueriesGiveTheSameRows) {
     expectSameRows(u"SELECT * FROM KTUsers ORDER BY UserID"_s);
 }
 
-// Runs the repository tool; `errors` receives what it wrote to its error stream.
-int runTool(const QStringList& arguments, QString& errors) {
-    QString output;
-    QTextStream out(&output);
-    QTextStream err(&errors);
-    const int code = repo::runRepositoryTool(arguments, out, err, QString());
-    err.flush();
-    return code;
-}
-
-// The tool on a server: refuses a database that already holds a repository, and names it.
-TEST_F(SampleParity, ToolRefusesADatabaseThatHoldsTheTables) {
-    QTemporaryDir other;
-    // Another provider, or a server text without a database, is a usage mistake with a reason.
-    const std::pair<QString, const char*> refusals[] = {
-        {serverInit, "already holds the table KTItem"},
-        {u"Provider=SQLite;Data Source=x.db"_s, "Provider=PostgreSQL"},
-        {u"Host=127.0.0.1;Port=1"_s, "no Database"}};
-    for (const auto& [server, reason] : refusals) {
-        QString errors;
-        EXPECT_EQ(runTool({u"create"_s, other.path(), u"--server"_s, server}, errors),
-                  repo::ExitFailed);
-        EXPECT_TRUE(errors.contains(QLatin1String(reason))) << errors.toStdString();
-    }
-    EXPECT_FALSE(QFileInfo::exists(
-        repo::Repository::dataLinkPath(other.path(), repo::Repository::DefaultName)));
-    // The refused attempt left the sample's rows alone.
-    expectSameRows(u"SELECT COUNT(*) AS [rows] FROM [KTItem]"_s, 1, false);
-}
-
-// add-user and add-word through the data-link file in DIR reach the server's tables.
-TEST_F(SampleParity, ToolAddsRowsToTheServerRepository) {
-    PostgresServer& server = PostgresServer::instance();
-    const QString database = server.createDatabase();
-    ASSERT_FALSE(database.isEmpty()) << server.failure().toStdString();
-    QTemporaryDir dir;
-    QString errors;
-    ASSERT_EQ(runTool({u"create"_s, dir.path(), u"--server"_s, database}, errors), repo::ExitOk);
-    EXPECT_EQ(runTool({u"add-user"_s, dir.path(), u"carol"_s}, errors), repo::ExitOk);
-    EXPECT_EQ(runTool({u"add-word"_s, dir.path(), u"invoice"_s, u"--server"_s, database}, errors),
-              repo::ExitOk);
-    // Names compare without regard to case on the server as well.
-    EXPECT_EQ(runTool({u"add-user"_s, dir.path(), u"CAROL"_s}, errors), repo::ExitFailed);
-    EXPECT_TRUE(errors.contains(QLatin1String("already exists"))) << errors.toStdString();
-
-    Connection connection;
-    connection.open(database);
-    Recordset users;
-    users.open(u"SELECT [UserID], [UserName] FROM [KTUsers]"_s, connection);
-    ASSERT_EQ(users.recordCount(), 1);
-    EXPECT_EQ(users.value(1).toString(), u"carol");
-    Recordset words;
-    words.open(u"SELECT [words] FROM [dictionary]"_s, connection);
-    ASSERT_EQ(words.recordCount(), 1);
-    EXPECT_EQ(words.value(0).toString(), u"invoice");
-}
-
 // A sample that fails after the repository tables were made on the server takes them back, so
 // the same database can be used again.
 TEST_F(SampleParity, FailedServerSampleLeavesTheDatabaseEmpty) {
@@ -245,6 +212,150 @@ TEST_F(SampleParity, FailedServerSampleLeavesTheDatabaseEmpty) {
     QTemporaryDir fine;
     const repo::SampleResult retried = repo::createSample(fine.path(), options);
     EXPECT_EQ(retried.counts.documents, 5);
+}
+
+// The control suites run on the server by VX_TEST_ENGINE=postgres: each sample copy must then
+// be a database of its own, named by the copy's data-link files, with the sample's rows.
+TEST(ServerSampleCopy, EachCopyIsADatabaseOfItsOwnWithTheSampleRows) {
+    PostgresServer& server = PostgresServer::instance();
+    if (!server.isAvailable())
+        GTEST_SKIP() << server.skipReason().toStdString();
+    ASSERT_TRUE(server.isRunning()) << server.failure().toStdString();
+    const EnvironmentValue engine("VX_TEST_ENGINE", "postgres");
+
+    SampleRepository first;
+    SampleRepository second;
+    const ConnectionProperties a = readDataLinkFile(first.dataLinkPath());
+    const ConnectionProperties b = readDataLinkFile(second.dataLinkPath());
+    EXPECT_EQ(a.value("Provider"), "PostgreSQL");
+    EXPECT_NE(a.value("Database"), b.value("Database"));
+
+    Connection one;
+    Connection two;
+    one.open(first.connectionText());
+    two.open(second.connectionText());
+    one.execute(QStringLiteral("UPDATE KTItem SET Deleted = -1"));
+    Recordset live;
+    live.open(QStringLiteral("SELECT COUNT(*) AS n FROM KTItem WHERE Deleted = 0"), two);
+    EXPECT_EQ(live.value(0).toLongLong(),
+              second.expected().documents - second.expected().deletedDocuments);
+
+    // The copy's paths were moved to its own folder, not the template's.
+    Recordset paths;
+    paths.open(QStringLiteral("SELECT [Path] FROM KTPath"), one);
+    ASSERT_FALSE(paths.eof());
+    EXPECT_TRUE(paths.value(0).toString().startsWith(first.dir()))
+        << paths.value(0).toString().toStdString();
+}
+
+// Runs the repository tool; `errors` receives what it wrote to its error stream.
+int runTool(const QStringList& arguments, QString& errors) {
+    QString output;
+    QTextStream out(&output);
+    QTextStream err(&errors);
+    const int code = repo::runRepositoryTool(arguments, out, err, QString());
+    err.flush();
+    return code;
+}
+
+// Without a password anywhere the server refuses; PGPASSWORD or a password file let the tool in,
+// and the data-link file it writes holds no password. One given on --server is kept in a file
+// only its owner reads. Through that file the tool adds rows to the server's tables, and it
+// refuses a database that already holds a repository.
+TEST(PostgresTool, TakesThePasswordFromTheEnvironmentAndWorksThroughItsDataLink) {
+    PostgresServer& server = PostgresServer::instance();
+    if (!server.isAvailable())
+        GTEST_SKIP() << server.skipReason().toStdString();
+    ASSERT_TRUE(server.isRunning()) << server.failure().toStdString();
+    const auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ReadOther |
+                        QFileDevice::WriteOther;
+    QTemporaryDir folder;
+    const QString passFile = folder.filePath(u"pgpass"_s);
+    {
+        QFile file(passFile);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(u"127.0.0.1:%1:*:*:%2\n"_s.arg(server.port()).arg(server.password()).toUtf8());
+    }
+    QFile::setPermissions(passFile, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    struct Case {
+        const char* variable;
+        QByteArray value;
+        bool passwordInText;
+        bool works;
+    };
+    const QList<Case> cases{
+        {"PGPASSFILE", folder.filePath(u"none"_s).toUtf8(), false, false},
+        {"PGPASSWORD", server.password().toUtf8(), false, true},
+        {"PGPASSFILE", passFile.toUtf8(), false, true},
+        {"PGPASSFILE", folder.filePath(u"none"_s).toUtf8(), true, true},
+    };
+    for (const Case& c : cases) {
+        const EnvironmentValue value(c.variable, c.value);
+        const QString database = server.createDatabase();
+        ASSERT_FALSE(database.isEmpty()) << server.failure().toStdString();
+        const QString name = ConnectionProperties::parse(database).value(u"Database"_s);
+        const QString serverText =
+            c.passwordInText ? database : server.initStringWithoutPassword(name);
+        QTemporaryDir dir;
+        QString errors;
+        SCOPED_TRACE(c.variable + (" " + serverText).toStdString());
+        EXPECT_EQ(runTool({u"create"_s, dir.path(), u"--server"_s, serverText}, errors),
+                  c.works ? repo::ExitOk : repo::ExitFailed)
+            << errors.toStdString();
+        if (!c.works) {
+            EXPECT_TRUE(errors.contains(u"password"_s)) << errors.toStdString();
+            continue;
+        }
+        const QString dataLink =
+            repo::Repository::dataLinkPath(dir.path(), repo::Repository::DefaultName);
+        const ConnectionProperties written = readDataLinkFile(dataLink);
+        EXPECT_EQ(written.contains(u"Password"_s), c.passwordInText);
+        if (c.passwordInText) {
+            EXPECT_EQ(QFile::permissions(dataLink) & others, QFileDevice::Permissions());
+        } else {
+            // A file without a secret is as readable as any new file, for the other users.
+            QFile probe(dir.filePath(u"probe"_s));
+            ASSERT_TRUE(probe.open(QIODevice::WriteOnly));
+            EXPECT_EQ(QFile::permissions(dataLink), probe.permissions());
+        }
+        EXPECT_EQ(runTool({u"add-user"_s, dir.path(), u"carol"_s}, errors), repo::ExitOk)
+            << errors.toStdString();
+        EXPECT_EQ(
+            runTool({u"add-word"_s, dir.path(), u"invoice"_s, u"--server"_s, database}, errors),
+            repo::ExitOk);
+        // Names compare without regard to case on the server as well.
+        QString duplicate;
+        EXPECT_EQ(runTool({u"add-user"_s, dir.path(), u"CAROL"_s}, duplicate), repo::ExitFailed);
+        EXPECT_TRUE(duplicate.contains(u"already exists"_s)) << duplicate.toStdString();
+        QTemporaryDir other;
+        QString refused;
+        EXPECT_EQ(runTool({u"create"_s, other.path(), u"--server"_s, serverText}, refused),
+                  repo::ExitFailed);
+        EXPECT_TRUE(refused.contains(u"already holds the table KTItem"_s)) << refused.toStdString();
+        EXPECT_FALSE(QFileInfo::exists(
+            repo::Repository::dataLinkPath(other.path(), repo::Repository::DefaultName)));
+
+        Connection connection;
+        connection.open(database);
+        for (const auto& [sql, value] :
+             {std::pair{u"SELECT [UserName] FROM [KTUsers]"_s, u"carol"_s},
+              std::pair{u"SELECT [words] FROM [dictionary]"_s, u"invoice"_s}}) {
+            Recordset rows;
+            rows.open(sql, connection);
+            ASSERT_EQ(rows.recordCount(), 1) << sql.toStdString();
+            EXPECT_EQ(rows.value(0).toString(), value);
+        }
+    }
+    // Another provider, or a server text without a database, is a usage mistake with a reason.
+    for (const auto& [text, reason] :
+         {std::pair{u"Provider=SQLite;Data Source=x.db"_s, "Provider=PostgreSQL"},
+          std::pair{u"Host=127.0.0.1;Port=1"_s, "no Database"}}) {
+        QTemporaryDir other;
+        QString errors;
+        EXPECT_EQ(runTool({u"create"_s, other.path(), u"--server"_s, text}, errors),
+                  repo::ExitFailed);
+        EXPECT_TRUE(errors.contains(QLatin1String(reason))) << errors.toStdString();
+    }
 }
 
 } // namespace

@@ -87,7 +87,10 @@ RowMatch matchRow(const QStringList& columns, const QVariantList& values) {
             conditions << QStringLiteral("datetime(%1) = datetime(?)").arg(column);
             match.parameters << value;
         } else {
-            conditions << column + QStringLiteral(" = ?");
+            // Text compares exactly: the column's case-blind collation could take another row.
+            conditions << column + (value.typeId() == QMetaType::QString
+                                        ? QStringLiteral(" = ? COLLATE BINARY")
+                                        : QStringLiteral(" = ?"));
             match.parameters << value;
         }
     }
