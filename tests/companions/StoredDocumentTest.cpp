@@ -96,7 +96,7 @@ TEST_F(StoredDocumentTest, ACopyWrittenInTheSessionsStagingFolderMovesInAndBackO
     {
         StagingFolder staging;
         const QString path = staging.in(folder);
-        EXPECT_EQ(QFileInfo(path).absolutePath(), folder.absolutePath());
+        EXPECT_EQ(QFileInfo(QFileInfo(path).absolutePath()).absolutePath(), folder.absolutePath());
         {
             StoredDocument document(folder, source, path);
             EXPECT_EQ(staged(path), 1);
