@@ -25,6 +25,8 @@
 #include <vector>
 #endif
 
+using namespace Qt::StringLiterals;
+
 namespace vx::test {
 
 const QString superUser = QStringLiteral("vxadmin");
@@ -261,27 +263,22 @@ struct PostgresServer::Private {
             ::chown(QFile::encodeName(passwordFile).constData(), uid, gid);
 
         const QDir bin(binaries);
-        if (!run(bin.filePath(QStringLiteral("initdb")),
-                 {QStringLiteral("-D"), dataFolder(), QStringLiteral("-U"), superUser,
-                  QStringLiteral("--pwfile=") + passwordFile, QStringLiteral("--auth-local=trust"),
-                  QStringLiteral("--auth-host=scram-sha-256"), QStringLiteral("-E"),
-                  QStringLiteral("UTF8"), QStringLiteral("--locale=C.UTF-8"),
-                  QStringLiteral("--no-sync"), QStringLiteral("--no-instructions")},
+        if (!run(bin.filePath(u"initdb"_s),
+                 {u"-D"_s, dataFolder(), u"-U"_s, superUser, u"--pwfile="_s + passwordFile,
+                  u"--auth-local=trust"_s, u"--auth-host=scram-sha-256"_s, u"-E"_s, u"UTF8"_s,
+                  u"--locale=C.UTF-8"_s, u"--no-sync"_s, u"--no-instructions"_s},
                  true, initTimeoutMs))
             return;
 
         for (int attempt = 0; attempt < startAttempts; ++attempt) {
             port = freeLoopbackPort();
             // Durability is worthless for a throw-away server; speed is not.
-            serverPid = spawn(bin.filePath(QStringLiteral("postgres")),
-                              {QStringLiteral("-D"), dataFolder(), QStringLiteral("-p"),
-                               QString::number(port), QStringLiteral("-c"),
-                               QStringLiteral("listen_addresses=127.0.0.1"), QStringLiteral("-c"),
-                               QStringLiteral("unix_socket_directories=") + folder->path(),
-                               QStringLiteral("-c"), QStringLiteral("fsync=off"),
-                               QStringLiteral("-c"), QStringLiteral("synchronous_commit=off"),
-                               QStringLiteral("-c"), QStringLiteral("full_page_writes=off"),
-                               QStringLiteral("-c"), QStringLiteral("max_connections=40")},
+            serverPid = spawn(bin.filePath(u"postgres"_s),
+                              {u"-D"_s, dataFolder(), u"-p"_s, QString::number(port), u"-c"_s,
+                               u"listen_addresses=127.0.0.1"_s, u"-c"_s,
+                               u"unix_socket_directories="_s + folder->path(), u"-c"_s,
+                               u"fsync=off"_s, u"-c"_s, u"synchronous_commit=off"_s, u"-c"_s,
+                               u"full_page_writes=off"_s, u"-c"_s, u"max_connections=40"_s},
                               true);
             if (serverPid > 0 && waitUntilReady())
                 return;
@@ -350,8 +347,8 @@ QString PostgresServer::createDatabaseFrom(const QString& templateDatabase) {
     if (!isRunning())
         return {};
     const QString name = QStringLiteral("vxtest%1").arg(++d->databases);
-    QStringList arguments{QStringLiteral("-h"),     d->folder->path(),    QStringLiteral("-p"),
-                          QString::number(d->port), QStringLiteral("-U"), superUser};
+    QStringList arguments{u"-h"_s, d->folder->path(), u"-p"_s, QString::number(d->port),
+                          u"-U"_s, superUser};
     if (!templateDatabase.isEmpty())
         arguments << QStringLiteral("-T") << templateDatabase;
     arguments << name;
