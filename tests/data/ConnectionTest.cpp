@@ -1,8 +1,6 @@
 #include "ScratchDatabase.h"
-#include "data/Recordset.h"
 
 #include <QFile>
-#include <QMap>
 #include <gtest/gtest.h>
 
 namespace vx::test {
@@ -74,33 +72,6 @@ TEST(Connection, BadConnectionTextsFailWithClearErrors) {
     EXPECT_TRUE(jet.contains(u"SQLite"));
     expectError([&] { connection.open("Data Source=x.db"); }, ErrorNumber::ProviderNotFound);
     EXPECT_FALSE(connection.isOpen());
-}
-
-TEST(Connection, ProviderTypesGiveOneBestMatchPerTypeWithItsLiteralQuotes) {
-    ScratchDatabase scratch;
-    Connection connection = scratch.connect();
-    Recordset types = connection.openSchema(SchemaKind::ProviderTypes);
-    QMap<int, QPair<QString, QString>> quotes;
-    QMap<int, int> bestMatches;
-    for (types.moveFirst(); !types.eof(); types.moveNext()) {
-        if (!types.value("BEST_MATCH").toBool())
-            continue;
-        const int type = types.value("DATA_TYPE").toInt();
-        ++bestMatches[type];
-        quotes[type] = {types.value("LITERAL_PREFIX").toString(),
-                        types.value("LITERAL_SUFFIX").toString()};
-        EXPECT_GT(types.value("COLUMN_SIZE").toLongLong(), 0);
-        EXPECT_FALSE(types.value("TYPE_NAME").toString().isEmpty());
-    }
-    for (int text : {130, 202, 203})
-        EXPECT_EQ(quotes.value(text), qMakePair(u"'"_s, u"'"_s)) << text;
-    EXPECT_EQ(quotes.value(7), qMakePair(u"#"_s, u"#"_s));
-    for (int plain : {2, 3, 5, 11}) {
-        ASSERT_TRUE(quotes.contains(plain)) << plain;
-        EXPECT_TRUE(quotes.value(plain).first.isEmpty()) << plain;
-    }
-    for (int count : bestMatches)
-        EXPECT_EQ(count, 1);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "ScratchDatabase.h"
 #include "data/DataType.h"
 #include "data/Recordset.h"
+#include "data/sqlite/SqliteDriver.h"
 #include "support/EngineDatabase.h"
 #include "support/ErrorNumberOf.h"
 
@@ -188,6 +189,57 @@ TEST_P(EngineSelect, TablesSchemaTellsTablesViewsAndSystemTablesApartByDeclaredN
     if (!onPostgres()) {
         EXPECT_EQ(types.size(), 6);
     }
+}
+
+// One best match per type with its literal quotes. The server offers the embedded engine's rows
+// for the types both keep, and a row for every type its columns can report.
+TEST_P(EngineSelect, ProviderTypesGiveOneBestMatchPerTypeWithItsLiteralQuotes) {
+    Recordset types = connection.openSchema(SchemaKind::ProviderTypes);
+    QMap<int, QPair<QString, QString>> quotes;
+    QMap<int, int> bestMatches;
+    for (; !types.eof(); types.moveNext()) {
+        if (!types.value(u"BEST_MATCH"_s).toBool())
+            continue;
+        const int type = types.value(u"DATA_TYPE"_s).toInt();
+        ++bestMatches[type];
+        quotes[type] = {types.value(u"LITERAL_PREFIX"_s).toString(),
+                        types.value(u"LITERAL_SUFFIX"_s).toString()};
+        EXPECT_GT(types.value(u"COLUMN_SIZE"_s).toLongLong(), 0);
+        EXPECT_FALSE(types.value(u"TYPE_NAME"_s).toString().isEmpty());
+    }
+    for (int text : {130, 202, 203})
+        EXPECT_EQ(quotes.value(text), qMakePair(u"'"_s, u"'"_s)) << text;
+    EXPECT_EQ(quotes.value(7), qMakePair(u"#"_s, u"#"_s));
+    for (int plain : {2, 3, 5, 11}) {
+        ASSERT_TRUE(quotes.contains(plain)) << plain;
+        EXPECT_TRUE(quotes.value(plain).first.isEmpty()) << plain;
+    }
+    for (int count : bestMatches)
+        EXPECT_EQ(count, 1);
+    if (!onPostgres())
+        return;
+
+    SqliteDriver embedded;
+    embedded.open(ConnectionProperties::parse(u"Data Source=:memory:"_s), {}, {});
+    auto rowsFor = [](const QList<ProviderTypeEntry>& entries, DataType type) {
+        QStringList rows;
+        for (const ProviderTypeEntry& entry : entries) {
+            if (entry.dataType == type)
+                rows << u"%1|%2|%3|%4|%5"_s.arg(entry.typeName, QString::number(entry.columnSize),
+                                                entry.literalPrefix, entry.literalSuffix,
+                                                entry.bestMatch ? u"best"_s : u"-"_s);
+        }
+        return rows;
+    };
+    const auto ours = driver().providerTypes();
+    const auto theirs = embedded.providerTypes();
+    for (DataType type :
+         {DataType::WChar, DataType::VarWChar, DataType::LongVarWChar, DataType::Date,
+          DataType::Integer, DataType::SmallInt, DataType::Double, DataType::Boolean})
+        EXPECT_EQ(rowsFor(ours, type), rowsFor(theirs, type)) << int(type);
+    for (DataType type : {DataType::BigInt, DataType::Single, DataType::Currency, DataType::Numeric,
+                          DataType::Guid, DataType::LongVarBinary})
+        EXPECT_FALSE(rowsFor(ours, type).isEmpty()) << int(type);
 }
 
 // The server's computed columns are typed by the server (see the PostgreSQL suite).

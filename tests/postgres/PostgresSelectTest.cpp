@@ -1,7 +1,6 @@
 #include "data/ConnectionProperties.h"
 #include "data/Recordset.h"
 #include "data/postgres/PostgresDriver.h"
-#include "data/sqlite/SqliteDriver.h"
 #include "support/EngineDatabase.h"
 
 using namespace Qt::StringLiterals;
@@ -102,33 +101,6 @@ TEST_F(PostgresSelect, OpensWithThePasswordGivenSeparatelyAndReportsRefusals) {
     EXPECT_TRUE(message.contains(u"password")) << message.toStdString();
     EXPECT_FALSE(refused.isOpen());
     expectError([&] { refused.select(u"SELECT 1"_s); }, ErrorNumber::ObjectClosed);
-}
-
-TEST_F(PostgresSelect, ProviderTypesMatchTheEmbeddedEngineForSharedTypes) {
-    SqliteDriver embedded;
-    embedded.open(ConnectionProperties::parse(u"Data Source=:memory:"_s), {}, {});
-    auto rowsFor = [](const QList<ProviderTypeEntry>& types, DataType type) {
-        QStringList rows;
-        for (const ProviderTypeEntry& entry : types) {
-            if (entry.dataType == type)
-                rows << u"%1|%2|%3|%4|%5"_s.arg(entry.typeName, QString::number(entry.columnSize),
-                                                entry.literalPrefix, entry.literalSuffix,
-                                                entry.bestMatch ? u"best"_s : u"-"_s);
-        }
-        return rows;
-    };
-    const auto ours = driver().providerTypes();
-    const auto theirs = embedded.providerTypes();
-    for (DataType type :
-         {DataType::WChar, DataType::VarWChar, DataType::LongVarWChar, DataType::Date,
-          DataType::Integer, DataType::SmallInt, DataType::Double, DataType::Boolean}) {
-        EXPECT_FALSE(rowsFor(ours, type).isEmpty()) << int(type);
-        EXPECT_EQ(rowsFor(ours, type), rowsFor(theirs, type)) << int(type);
-    }
-    // Every type a column can report has a row.
-    for (DataType type : {DataType::BigInt, DataType::Single, DataType::Currency, DataType::Numeric,
-                          DataType::Guid, DataType::LongVarBinary})
-        EXPECT_FALSE(rowsFor(ours, type).isEmpty()) << int(type);
 }
 
 // A server, database or role may read backslashes in quoted texts as escapes, or look names up in
