@@ -18,25 +18,6 @@ using namespace vx::test;
 
 namespace {
 
-QString connectionTextFor(const QString& folder) {
-    return QStringLiteral("Provider=MSDASQL.1;Extended Properties=DSN=Visual FoxPro Tables;UID=;"
-                          "SourceType=DBF;SourceDB=") +
-           folder + u";"_s;
-}
-
-const QString allTypes = QStringLiteral(
-    "CREATE TABLE people(itemid NUMERIC,born DATE,name CHAR(10),wide CHAR(254),notes MEMO,"
-    "active BOOL,ratio NUMERIC(8,2));");
-
-// Appends one record of `allTypes`, values in column order.
-void append(Recordset& table, const QVariantList& values) {
-    const char* columns[] = {"itemid", "born", "name", "wide", "notes", "active", "ratio"};
-    table.addNew();
-    for (int i = 0; i < 7; ++i)
-        table.setValue(QString::fromLatin1(columns[i]), values.value(i));
-    table.update();
-}
-
 quint32 headerRecordCount(const QByteArray& bytes) {
     return qFromLittleEndian<quint32>(bytes.constData() + 4);
 }
@@ -48,7 +29,7 @@ protected:
 
     void SetUp() override {
         ASSERT_TRUE(folder.isValid());
-        connection.open(connectionTextFor(folder.path()));
+        connection.open(foxProConnectionText(folder.path()));
     }
     QString path(const QString& name) const { return QDir(folder.path()).filePath(name); }
 };
@@ -56,17 +37,17 @@ protected:
 } // namespace
 
 TEST_F(DbfDriverTest, TableOfEveryTypeReadsBackThroughTheReferenceReader) {
-    connection.execute(allTypes);
+    connection.execute(createPeople(u"people"_s));
     Recordset table;
     table.open(u"people"_s, connection, CursorType::Keyset, LockType::Optimistic,
                CommandType::TableDirect);
     const QString longMemo =
         u"Line one\r\nLine two with caf\u00e9 and \u20ac. "_s.repeated(8); // several 64-byte blocks
     const QString wide = u"w"_s.repeated(253) + u"!"_s;
-    append(table, {7, QDate(2024, 2, 29), u"Ann"_s, wide, longMemo, true, 12.5});
-    append(table, {-123456789, QDateTime(QDate(1999, 12, 31), QTime(23, 59)), u"\u00c5sa"_s,
-                   u"short"_s, u"x"_s, false, -0.25});
-    append(table, {});
+    appendPerson(table, {7, QDate(2024, 2, 29), u"Ann"_s, wide, longMemo, true, 12.5});
+    appendPerson(table, {-123456789, QDateTime(QDate(1999, 12, 31), QTime(23, 59)), u"\u00c5sa"_s,
+                         u"short"_s, u"x"_s, false, -0.25});
+    appendPerson(table, {});
     table.close();
     connection.close(); // flushes
 
@@ -151,7 +132,7 @@ TEST_F(DbfDriverTest, ReopenedTableReadsBackWithItsTypesAndTakesMoreRecords) {
     connection.close();
 
     Connection again;
-    again.open(connectionTextFor(folder.path()));
+    again.open(foxProConnectionText(folder.path()));
     Recordset reread;
     reread.open(u"select * from log;"_s, again, CursorType::Keyset, LockType::Optimistic);
     ASSERT_EQ(reread.recordCount(), 1);
@@ -225,8 +206,6 @@ TEST_F(DbfDriverTest, RefusesWhatItCannotWriteAndKeepsTheTableWhole) {
     EXPECT_EQ(fileBytes(path(u"t5.fpt"_s)).size(), 512);
 
     Connection noFolder;
-    EXPECT_THROW(noFolder.open(u"Provider=MSDASQL.1;SourceType=DBF;SourceDB="_s +
-                               path(u"absent"_s) + u";"_s),
-                 Error);
+    EXPECT_THROW(noFolder.open(foxProConnectionText(path(u"absent"_s))), Error);
     EXPECT_THROW(noFolder.open(u"Provider=MSDASQL.1;SourceDB="_s + folder.path()), Error);
 }

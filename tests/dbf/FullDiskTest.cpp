@@ -98,8 +98,7 @@ TEST(FullDisk, AnExportThatRunsOutOfRoomLeavesTheWholeRecordsWrittenAsAValidTabl
         int appended = 0;
         {
             Connection connection;
-            connection.open(u"Provider=MSDASQL.1;SourceType=DBF;SourceDB="_s + disk.folder() +
-                            u";"_s);
+            connection.open(foxProConnectionText(disk.folder()));
             connection.execute(QString::fromLatin1(shape.create));
             QStringList columns{u"itemid"_s, u"name"_s, u"wide"_s};
             if (shape.memo)

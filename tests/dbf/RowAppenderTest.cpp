@@ -21,19 +21,6 @@ using namespace vx::test;
 
 namespace {
 
-QString foxProConnectionText(const QString& folder) {
-    return u"Provider=MSDASQL.1;SourceType=DBF;SourceDB="_s + folder + u";"_s;
-}
-
-const QStringList peopleColumns{u"itemid"_s, u"born"_s,   u"name"_s, u"wide"_s,
-                                u"notes"_s,  u"active"_s, u"ratio"_s};
-
-QString createPeople(const QString& name) {
-    return u"CREATE TABLE "_s + name +
-           u"(itemid NUMERIC,born DATE,name CHAR(10),wide CHAR(254),notes MEMO,active BOOL,"
-           "ratio NUMERIC(8,2));"_s;
-}
-
 // Enough rows with long memos that both files pass through several write buffers.
 QVariantList personRow(int i) {
     const QString memo =
@@ -74,10 +61,7 @@ TEST(RowAppender, FoxProTableMatchesTheRecordSetsByteForByteAcrossManyBuffers) {
         connection.appendRows(u"byAppender"_s, peopleColumns);
     for (int i = 0; i < rows; ++i) {
         const QVariantList row = personRow(i);
-        table.addNew();
-        for (int column = 0; column < peopleColumns.size(); ++column)
-            table.setValue(peopleColumns[column], row[column]);
-        table.update();
+        appendPerson(table, row);
         appender->append(spanOf(row));
     }
     appender->finish();
