@@ -4,6 +4,7 @@
 #include "operations/StoredFileName.h"
 #include "operations/VolumeLabelReader.h"
 #include "portable/WithoutFileOverride.h"
+#include "session/PromptText.h"
 
 #include <QFileInfo>
 
@@ -24,14 +25,13 @@ TEST_F(VolumeOperationsTest, EditingRightAllowsVolumeUpdateButMovingAlsoNeedsDel
     EXPECT_EQ(fileValue(1, QStringLiteral("volume")).toString(), QStringLiteral("NEWVOL"));
     hitList.permission = 32;
     EXPECT_FALSE(updateVolume(hitList));
-    ASSERT_EQ(ui().prompts().size(), 3);
-    EXPECT_EQ(ui().prompts()[0].text,
-              QStringLiteral("You do not have Editing and Deleting rights."));
-    EXPECT_EQ(ui().prompts()[2].text, QStringLiteral("You do not have Editing rights."));
-    for (int i : {0, 2}) {
-        EXPECT_EQ(ui().prompts()[i].title, QStringLiteral("Permission Denied"));
-        EXPECT_EQ(ui().prompts()[i].style, MessageStyle::OkOnly | MessageStyle::Exclamation);
-    }
+    const int denied = MessageStyle::OkOnly | MessageStyle::Exclamation;
+    EXPECT_EQ(
+        promptTexts(ui()),
+        (QStringList{
+            promptText("Permission Denied", "You do not have Editing and Deleting rights.", denied),
+            promptText("", "Select the Location for the selected documents", 0),
+            promptText("Permission Denied", "You do not have Editing rights.", denied)}));
 
     hitList.permission = 40;
     ui().answerFolder(target).answerMessage(MessageAnswer::Yes).answerFolder(target);

@@ -130,11 +130,9 @@ TEST_F(ApiCommitTest, ResultAndItemIdFollowTheApisAnswer) {
     spies.answers().selectGroup = false;
     environment.ui().answerMessage(MessageAnswer::Ok);
     EXPECT_FALSE(index->UpdateRecordAPI());
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    const Prompt prompt = environment.ui().prompts().first();
-    EXPECT_EQ(prompt.text, "Error: \rxAPI.SelectGroup(Invoices)");
-    EXPECT_EQ(prompt.title, "UpdateRecordAPI");
-    EXPECT_EQ(prompt.style, MessageStyle::OkOnly | MessageStyle::Critical);
+    EXPECT_EQ(promptTexts(environment.ui()),
+              (QStringList{promptText("UpdateRecordAPI", "Error: \rxAPI.SelectGroup(Invoices)",
+                                      MessageStyle::OkOnly | MessageStyle::Critical)}));
     EXPECT_TRUE(spies.callsStartingWith("VXScanIndex.SetFieldContent").isEmpty());
 
     // An invalid form: nothing is written and nothing is said.
@@ -164,11 +162,10 @@ TEST_F(ApiCommitTest, FailuresNameTheLastStepAndSecurityFailuresArePassedOver) {
     spies.clearCalls();
     environment.ui().answerMessage(MessageAnswer::Ok);
     EXPECT_TRUE(index->UpdateRecordAPI());
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    const Prompt prompt = environment.ui().prompts().first();
-    EXPECT_EQ(prompt.text, "Error updating Document Security for\rUserID: 5 ItemId: 77");
-    EXPECT_EQ(prompt.title, "");
-    EXPECT_EQ(prompt.style, MessageStyle::OkOnly | MessageStyle::Critical);
+    EXPECT_EQ(
+        promptTexts(environment.ui()),
+        (QStringList{promptText("", "Error updating Document Security for\rUserID: 5 ItemId: 77",
+                                MessageStyle::OkOnly | MessageStyle::Critical)}));
     EXPECT_EQ(spies.callsStartingWith("VXSecurity.").mid(3),
               (QStringList{"VXSecurity.AddItemSecurity(5, 77)", "VXSecurity.AddItemSecurity(3, 77)",
                            "VXSecurity.KillItem()", "VXSecurity.Done()"}));

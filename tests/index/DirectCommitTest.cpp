@@ -75,11 +75,9 @@ TEST_F(DirectCommitTest, WarnsBeforeCuttingATextToItsColumnAndJoinsListEntries) 
     field("Categories").entries = QStringList{"a", "b", "c"};
     environment.ui().answerMessage(MessageAnswer::Ok);
     ASSERT_TRUE(index->UpdateRecord());
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    const Prompt prompt = environment.ui().prompts().first();
-    EXPECT_EQ(prompt.text, "The data in Field InvoiceNo will be truncated to 20");
-    EXPECT_EQ(prompt.title, "");
-    EXPECT_EQ(prompt.style, MessageStyle::OkOnly);
+    EXPECT_EQ(promptTexts(environment.ui()),
+              (QStringList{promptText("", "The data in Field InvoiceNo will be truncated to 20",
+                                      MessageStyle::OkOnly)}));
     const QVariantMap row = groupRow();
     EXPECT_EQ(row.value("invoiceno"), "INV-0123456789-01234");
     EXPECT_EQ(row.value("paid").toInt(), 0);
@@ -117,11 +115,9 @@ TEST_F(DirectCommitTest, GetUserIdLooksUpByNameAndReportsAnUnknownOne) {
     name = QStringLiteral("nobody");
     environment.ui().answerMessage(MessageAnswer::Ok);
     EXPECT_EQ(index->GetUserId(name), 0);
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    EXPECT_EQ(environment.ui().prompts().first().text,
-              "Error retrieveing UserID for UserName: nobody");
-    EXPECT_EQ(environment.ui().prompts().first().title, "");
-    EXPECT_EQ(environment.ui().prompts().first().style, MessageStyle::OkOnly);
+    EXPECT_EQ(promptTexts(environment.ui()),
+              (QStringList{promptText("", "Error retrieveing UserID for UserName: nobody",
+                                      MessageStyle::OkOnly)}));
 }
 
 } // namespace

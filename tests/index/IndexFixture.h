@@ -5,6 +5,7 @@
 #include "index/VXIndex.h"
 #include "server/ControlFactory.h"
 #include "server/LateBinding.h"
+#include "session/PromptText.h"
 #include "support/SampleFormFields.h"
 #include "support/SampleRepository.h"
 #include "support/SpyCompanions.h"

@@ -81,11 +81,9 @@ TEST_F(IndexSessionTest, InitWithoutDataLinksShowsTheErrorAndAnEmptyStatus) {
     ASSERT_FALSE(description.isEmpty());
     environment.ui().answerMessage(MessageAnswer::Ok);
     index->setInit(initFile);
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    const Prompt prompt = environment.ui().prompts().first();
-    EXPECT_EQ(prompt.text, description + "-");
-    EXPECT_EQ(prompt.title, "Init");
-    EXPECT_EQ(prompt.style, MessageStyle::OkOnly | MessageStyle::Critical);
+    EXPECT_EQ(promptTexts(environment.ui()),
+              (QStringList{promptText("Init", description + "-",
+                                      MessageStyle::OkOnly | MessageStyle::Critical)}));
     EXPECT_FALSE(index->isInitialised());
 
     // A missing API class stops start-up after the connection step.
@@ -176,11 +174,8 @@ TEST_F(IndexSessionTest, HandOverFileFillsTheFormOnceAndIsDeletedUnlessAValueIsB
     writeHandOver("Amount=lots\n");
     environment.ui().answerMessage(MessageAnswer::Ok);
     index->RefreshFormContent();
-    ASSERT_EQ(environment.ui().prompts().size(), 1);
-    const Prompt prompt = environment.ui().prompts().first();
-    EXPECT_EQ(prompt.text, "Type mismatch");
-    EXPECT_EQ(prompt.title, "");
-    EXPECT_EQ(prompt.style, MessageStyle::OkOnly);
+    EXPECT_EQ(promptTexts(environment.ui()),
+              (QStringList{promptText("", "Type mismatch", MessageStyle::OkOnly)}));
     EXPECT_TRUE(QFile::exists(handOverPath()));
 }
 

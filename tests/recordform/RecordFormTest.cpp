@@ -6,6 +6,7 @@
 #include "server/ControlFactory.h"
 #include "server/LateBinding.h"
 #include "session/LibraryState.h"
+#include "session/PromptText.h"
 #include "session/companions/VXDynaForm.h"
 #include "support/FakeHitListContext.h"
 #include "support/SampleRepository.h"
@@ -145,9 +146,9 @@ TEST_F(RecordFormTest, TruncatesTooLongTextWithOneMessage) {
     setField("InvoiceNo", "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123");
     ui().answerMessage(MessageAnswer::Ok);
     recordForm->SaveData();
-    ASSERT_EQ(ui().prompts().size(), 1);
-    EXPECT_EQ(ui().prompts()[0].text, "The data in Field InvoiceNo will be truncated to  20");
-    EXPECT_EQ(ui().prompts()[0].style, MessageStyle::OkOnly);
+    EXPECT_EQ(promptTexts(ui()),
+              QStringList{promptText("", "The data in Field InvoiceNo will be truncated to  20",
+                                     MessageStyle::OkOnly)});
     EXPECT_EQ(column("SELECT InvoiceNo FROM Invoices WHERE itemid = 3"),
               QStringList{"ABCDEFGHIJKLMNOPQRST"});
 }
@@ -164,11 +165,11 @@ TEST_F(RecordFormTest, ASaveAfterAnotherUsersChangeReportsItAndWritesNothingOfTh
     setField("Notes", "Mine.");
     ui().answerMessage(MessageAnswer::Ok);
     recordForm->SaveData();
-    ASSERT_EQ(ui().prompts().size(), 1);
-    EXPECT_EQ(ui().prompts()[0].text, "Row cannot be located for updating. Some values may have "
-                                      "been changed since it was last read. : -2147217864");
-    EXPECT_EQ(ui().prompts()[0].title, "SaveData");
-    EXPECT_EQ(ui().prompts()[0].style, MessageStyle::OkOnly | MessageStyle::Critical);
+    EXPECT_EQ(promptTexts(ui()),
+              QStringList{promptText("SaveData",
+                                     "Row cannot be located for updating. Some values may have "
+                                     "been changed since it was last read. : -2147217864",
+                                     MessageStyle::OkOnly | MessageStyle::Critical)});
     EXPECT_EQ(column("SELECT InvoiceNo || '|' || COALESCE(Notes, '') FROM Invoices WHERE "
                      "itemid = 5"),
               theirRow);
