@@ -1,12 +1,9 @@
-#include "companions/ItemList.h"
-#include "companions/ScanIndex.h"
+#include "FilingUser.h"
 #include "data/Connection.h"
 #include "data/Recordset.h"
 #include "portable/QueryRows.h"
 #include "session/IdCounter.h"
-#include "session/UiServices.h"
 #include "support/SampleRepository.h"
-#include "support/ScriptedUiServices.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -28,8 +25,6 @@ protected:
     test::TestEnvironment environment;
     test::SampleRepository sample;
     Connection connection;
-    QString library = QStringLiteral("Main");
-    QString group = QStringLiteral("Invoices");
 
     void SetUp() override { connection.open(sample.connectionText()); }
 
@@ -53,36 +48,19 @@ protected:
         return names;
     }
 
-    // Files `documents` documents through an API of its own; returns the ids it got.
+    // Files `documents` documents as a user of its own; returns the ids it got.
     std::vector<qint32> fileDocuments(int filer, int documents) {
-        // Any message here fails the test; the caller's own services come back at the end.
-        std::unique_ptr<UiServices> previous =
-            installUiServices(std::make_unique<test::ScriptedUiServices>());
         const QString path =
             environment.writeFile(QStringLiteral("incoming/filer%1.txt").arg(filer),
                                   QByteArray("filer ") + char('0' + filer));
-        ScanIndex api;
-        api.Init(library);
-        std::vector<qint32> ids;
-        if (!api.SelectGroup(group)) {
-            ADD_FAILURE() << api.lastError().toStdString();
-            installUiServices(std::move(previous));
-            return ids;
-        }
-        QString user = QStringLiteral("filer%1").arg(filer);
-        for (int i = 0; i < documents; ++i) {
-            QString column = QStringLiteral("InvoiceNo");
-            api.SetFieldContent(column, QStringLiteral("F%1-%2").arg(filer).arg(i));
-            auto keywords = std::make_shared<ItemList>();
-            QString keyword = QStringLiteral("concurrent");
-            keywords->AddItem(keyword);
-            api.setKeywordsList(keywords);
-            QString document = path;
-            const qint32 id = api.DocumentIndex(document, nullptr, user);
-            EXPECT_NE(id, 0) << api.lastError().toStdString();
-            ids.push_back(id);
-        }
-        installUiServices(std::move(previous));
+        const std::vector<qint32> ids = test::fileAsAnotherUser(
+            path, QStringLiteral("filer%1").arg(filer), QStringLiteral("concurrent"),
+            [&](int filed) { return filed < documents; },
+            [&](VXScanIndex& api, int n) {
+                QString column = QStringLiteral("InvoiceNo");
+                api.SetFieldContent(column, QStringLiteral("F%1-%2").arg(filer).arg(n));
+            });
+        EXPECT_EQ(std::count(ids.begin(), ids.end(), 0), 0) << "filings refused";
         return ids;
     }
 };

@@ -1,10 +1,8 @@
 #include "FileOpsFixture.h"
-#include "companions/ItemList.h"
-#include "companions/ScanIndex.h"
+#include "companions/FilingUser.h"
 #include "operations/DocumentOperations.h"
 #include "operations/VolumeLabelReader.h"
 #include "portable/QueryRows.h"
-#include "session/UiServices.h"
 
 #include <atomic>
 #include <thread>
@@ -16,41 +14,6 @@ namespace {
 // own: none waits forever, none fails for the other's lock, nothing is lost.
 class ConcurrentWritersTest : public FileOpsFixture {
 protected:
-    // Another user filing documents (one write transaction each) until told to stop, at least
-    // `atLeast` of them; returns how many were filed and refused.
-    struct Filed {
-        int filed = 0;
-        int refused = 0;
-    };
-    Filed fileUntil(const std::atomic_bool& stop, int atLeast) {
-        std::unique_ptr<UiServices> previous =
-            installUiServices(std::make_unique<ScriptedUiServices>());
-        Filed result;
-        ScanIndex api;
-        QString library = QStringLiteral("Main");
-        QString group = QStringLiteral("Invoices");
-        api.Init(library);
-        if (api.SelectGroup(group)) {
-            const QString path = environment.writeFile(QStringLiteral("incoming/other.txt"), "x");
-            QString user = QStringLiteral("other");
-            while (!stop || result.filed + result.refused < atLeast) {
-                auto keywords = std::make_shared<ItemList>();
-                QString keyword = QStringLiteral("alongside");
-                keywords->AddItem(keyword);
-                api.setKeywordsList(keywords);
-                QString document = path;
-                if (api.DocumentIndex(document, nullptr, user) != 0)
-                    ++result.filed;
-                else
-                    ++result.refused;
-            }
-        } else {
-            ADD_FAILURE() << api.lastError().toStdString();
-        }
-        installUiServices(std::move(previous));
-        return result;
-    }
-
     QStringList column(const QString& sql) { return rowsOf(hitList.connection(), sql); }
 };
 
@@ -60,9 +23,14 @@ TEST_F(ConcurrentWritersTest, MarkingDeletedAndVolumeUpdateCompleteWhileAnotherU
     const QList<qint32> marked{2, 3, 5, 7, 11, 13, 17, 19};
     const QList<qint32> relabelled{4, 6, 8, 10, 12, 14, 16, 18};
 
+    // Another user files documents (one write transaction each) until told to stop, ten at least.
     std::atomic_bool stop = false;
-    Filed filed;
-    std::thread other([&] { filed = fileUntil(stop, 10); });
+    std::vector<qint32> filed;
+    const QString document = environment.writeFile(QStringLiteral("incoming/other.txt"), "x");
+    std::thread other([&] {
+        filed = fileAsAnotherUser(document, QStringLiteral("other"), QStringLiteral("alongside"),
+                                  [&](int done) { return !stop || done < 10; });
+    });
 
     // Both operations write row by row while the filer holds the write lock again and again.
     for (int round = 0; round < 3; ++round) {
@@ -84,22 +52,22 @@ TEST_F(ConcurrentWritersTest, MarkingDeletedAndVolumeUpdateCompleteWhileAnotherU
     stop = true;
     other.join();
 
-    EXPECT_EQ(filed.refused, 0);
-    EXPECT_GE(filed.filed, 10);
+    EXPECT_EQ(std::count(filed.begin(), filed.end(), 0), 0) << "filings refused";
+    EXPECT_GE(filed.size(), 10u);
     EXPECT_EQ(column("SELECT count(*) FROM keywords WHERE keyword = 'alongside'"),
-              QStringList{QString::number(filed.filed)});
-    QStringList expectedMarked;
-    for (const qint32 id : marked)
-        expectedMarked << QString::number(id);
+              QStringList{QString::number(filed.size())});
+    const auto lines = [](const QList<qint32>& ids) {
+        QStringList texts;
+        for (const qint32 id : ids)
+            texts << QString::number(id);
+        return texts;
+    };
     EXPECT_EQ(column("SELECT itemid FROM ktitem WHERE deleted <> 0 AND itemid < 20 ORDER BY "
                      "itemid"),
-              expectedMarked);
-    QStringList expectedRelabelled;
-    for (const qint32 id : relabelled)
-        expectedRelabelled << QString::number(id);
+              lines(marked));
     EXPECT_EQ(column("SELECT DISTINCT itemid FROM ktfile WHERE volume = 'SHARED' AND itemid < 20 "
                      "ORDER BY itemid"),
-              expectedRelabelled);
+              lines(relabelled));
 }
 
 } // namespace
