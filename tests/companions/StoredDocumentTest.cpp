@@ -115,7 +115,7 @@ TEST_F(StoredDocumentTest, ACopyWrittenInTheSessionsStagingFolderMovesInAndBackO
               QStringList{"4.pdf"});
 }
 
-TEST_F(StoredDocumentTest, NothingStaysWhenTheFilingDoesNotKeepIt) {
+TEST_F(StoredDocumentTest, NothingStaysWhenTheFilingDoesNotKeepItOrCannotStart) {
     {
         StoredDocument unplaced(folder, source);
         EXPECT_EQ(entries().size(), 1);
@@ -126,9 +126,6 @@ TEST_F(StoredDocumentTest, NothingStaysWhenTheFilingDoesNotKeepIt) {
         placed.placeAs(9, "pdf");
     }
     EXPECT_TRUE(entries().isEmpty());
-}
-
-TEST_F(StoredDocumentTest, AMissingSourceOrFolderFailsWithoutLeavingAFile) {
     EXPECT_THROW(StoredDocument(folder, root.filePath("absent.pdf")), Error);
     EXPECT_TRUE(entries().isEmpty());
     EXPECT_THROW(StoredDocument(QDir(root.filePath("no-such-folder")), source), Error);
