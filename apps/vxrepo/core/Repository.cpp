@@ -149,7 +149,7 @@ Repository Repository::create(const QString& dir, const QString& name, const QSt
         // Half a repository is worse than none: the next attempt would refuse to overwrite it.
         if (!onServer) {
             for (const QString& suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
-                                          QStringLiteral("-journal")})
+                                          QStringLiteral("-journal"), QStringLiteral("-gate")})
                 QFile::remove(database + suffix);
         }
         QFile::remove(dataLink);

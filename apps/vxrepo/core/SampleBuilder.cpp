@@ -187,8 +187,8 @@ void removeSample(const QString& dir, bool folderExisted) {
         else
             QFile::remove(path);
     }
-    for (const QString& suffix :
-         {QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")})
+    for (const QString& suffix : {QStringLiteral("-wal"), QStringLiteral("-shm"),
+                                  QStringLiteral("-journal"), QStringLiteral("-gate")})
         QFile::remove(paths.first() + suffix);
     QDir(dir).rmdir(QStringLiteral("config"));
     QDir(dir).rmdir(QStringLiteral("documents"));

@@ -10,6 +10,7 @@
 #include "data/sqlite/SqliteStatementCache.h"
 #include "data/sqlite/SqliteSupport.h"
 #include "data/sqlite/SqliteTableKeys.h"
+#include "data/sqlite/SqliteWriterGate.h"
 
 #include <QFileInfo>
 #include <QUrl>
@@ -123,6 +124,8 @@ void addChecks(RowMatch& match, const QStringList& columns, const QVariantList& 
 
 struct SqliteDriver::Private {
     BusyWait busyWait; // outlives db, which calls it
+    int busyTimeoutMs = 0;
+    WriterGate gate;
     DatabaseHandle db;
     SqliteStatementCache statements;
     std::optional<SqliteTableKeys> keys;
@@ -185,7 +188,20 @@ struct SqliteDriver::Private {
             .arg(quoteName(table), match.condition);
     }
 
-    void runTransactionStatement(const QString& sql) { run(handle(), sql.toUtf8().constData()); }
+    void runTransactionStatement(const QString& sql) {
+        try {
+            run(handle(), sql.toUtf8().constData());
+        } catch (...) {
+            leaveGateAfterTransaction();
+            throw;
+        }
+        leaveGateAfterTransaction();
+    }
+    // The gate is held exactly while the engine's transaction is open.
+    void leaveGateAfterTransaction() {
+        if (gate.entered() && (!db || sqlite3_get_autocommit(db.get())))
+            gate.leave();
+    }
 };
 
 SqliteDriver::SqliteDriver()
@@ -239,7 +255,8 @@ void SqliteDriver::open(const ConnectionProperties& properties, const QString&, 
     sqlite3_extended_result_codes(raw, 1);
     bool timeoutGiven = false;
     const int timeout = properties.value(QStringLiteral("Busy Timeout")).toInt(&timeoutGiven);
-    d->busyWait.install(raw, timeoutGiven ? timeout : defaultBusyTimeoutMs);
+    d->busyTimeoutMs = timeoutGiven ? timeout : defaultBusyTimeoutMs;
+    d->busyWait.install(raw, d->busyTimeoutMs);
     // Set before the journal mode, whose switch is the first write to a new file.
     const QString synchronous = properties.value(QStringLiteral("Synchronous")).trimmed().toUpper();
     if (!synchronous.isEmpty()) {
@@ -259,6 +276,8 @@ void SqliteDriver::open(const ConnectionProperties& properties, const QString&, 
     run(raw, "SELECT count(*) FROM sqlite_master");
 
     d->db = std::move(db);
+    if (!readOnly && path != u":memory:")
+        d->gate.open(path);
     d->statements.attach(d->db.get());
     d->keys.emplace(d->db.get());
     d->transactionDepth = 0;
@@ -268,6 +287,7 @@ void SqliteDriver::close() {
     d->statements.clear();
     d->keys.reset();
     d->db.reset(); // an open transaction is rolled back by the engine
+    d->gate.close();
     d->transactionDepth = 0;
 }
 
@@ -362,10 +382,16 @@ std::unique_ptr<ResultStream> SqliteDriver::streamTable(const QString& table) {
 
 void SqliteDriver::beginTransaction() {
     const int depth = d->transactionDepth;
+    if (depth == 0) {
+        d->handle();
+        d->gate.enter(d->busyTimeoutMs);
+    }
     // IMMEDIATE takes the write lock now, waiting for another writer, so that a transaction
     // never fails half-way for want of it.
     d->runTransactionStatement(depth == 0 ? QStringLiteral("BEGIN IMMEDIATE")
                                           : QStringLiteral("SAVEPOINT vx_level_%1").arg(depth));
+    if (depth == 0)
+        d->gate.engineLockTaken();
     d->transactionDepth = depth + 1;
 }
 
@@ -375,6 +401,7 @@ void SqliteDriver::commitTransaction() {
         throw Error(ErrorNumber::Unspecified, QStringLiteral("No transaction is active."));
     if (sqlite3_get_autocommit(db)) {
         d->transactionDepth = 0;
+        d->leaveGateAfterTransaction();
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("The transaction was already rolled back after an error."));
     }
@@ -390,6 +417,7 @@ void SqliteDriver::rollbackTransaction() {
         throw Error(ErrorNumber::Unspecified, QStringLiteral("No transaction is active."));
     if (sqlite3_get_autocommit(db)) { // the engine already rolled it back after a failure
         d->transactionDepth = 0;
+        d->leaveGateAfterTransaction();
         return;
     }
     const int depth = d->transactionDepth - 1;
@@ -401,8 +429,10 @@ void SqliteDriver::rollbackTransaction() {
 
 int SqliteDriver::transactionLevel() const {
     // The engine ends a transaction by itself after some failures (a full disk, an interrupt).
-    if (d->db && d->transactionDepth > 0 && sqlite3_get_autocommit(d->db.get()))
+    if (d->db && d->transactionDepth > 0 && sqlite3_get_autocommit(d->db.get())) {
         d->transactionDepth = 0;
+        d->leaveGateAfterTransaction();
+    }
     return d->transactionDepth;
 }
 
