@@ -1,6 +1,7 @@
 #include "data/Error.h"
 #include "data/Recordset.h"
 #include "support/EngineDatabase.h"
+#include "support/SameColumns.h"
 
 using namespace vx;
 using namespace vx::test;
@@ -38,16 +39,7 @@ TEST_F(PostgresWrite, ColumnsAreThoseOfAFullRead) {
     Recordset full;
     full.open("items", connection, CursorType::Keyset, LockType::Optimistic,
               CommandType::TableDirect);
-    ASSERT_EQ(streamed.fieldCount(), full.fieldCount());
-    for (int i = 0; i < full.fieldCount(); ++i) {
-        const ColumnInfo& a = streamed.columnInfo(i);
-        const ColumnInfo& b = full.columnInfo(i);
-        SCOPED_TRACE(b.name.toStdString());
-        EXPECT_EQ(a.name, b.name);
-        EXPECT_EQ(a.type, b.type);
-        EXPECT_EQ(a.definedSize, b.definedSize);
-        EXPECT_EQ(a.keyColumn, b.keyColumn);
-    }
+    expectSameColumns(streamed, full, false);
 }
 
 TEST_F(PostgresWrite, AForwardOnlyReadReturnsEveryRowAcrossWritesBetweenPieces) {

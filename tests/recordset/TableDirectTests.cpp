@@ -1,6 +1,7 @@
 #include "FakeDriver.h"
 #include "data/Connection.h"
 #include "data/Recordset.h"
+#include "support/SameColumns.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -93,18 +94,7 @@ TEST_F(SqliteTableDirect, ColumnsAreThoseOfAFullReadAndAMissingTableFailsAtOpen)
         Recordset full;
         full.open("items", connection, CursorType::Keyset, LockType::Optimistic,
                   CommandType::TableDirect);
-        ASSERT_EQ(streamed.fieldCount(), full.fieldCount());
-        for (int i = 0; i < full.fieldCount(); ++i) {
-            const ColumnInfo& a = streamed.columnInfo(i);
-            const ColumnInfo& b = full.columnInfo(i);
-            SCOPED_TRACE(b.name.toStdString());
-            EXPECT_EQ(a.name, b.name);
-            EXPECT_EQ(a.type, b.type);
-            EXPECT_EQ(a.definedSize, b.definedSize);
-            EXPECT_EQ(a.baseTable, b.baseTable);
-            EXPECT_EQ(a.baseColumn, b.baseColumn);
-            EXPECT_EQ(a.keyColumn, b.keyColumn);
-        }
+        expectSameColumns(streamed, full);
         EXPECT_TRUE(streamed.supports(CursorOption::AddNew));
     }
     EXPECT_EQ(errorNumberOf([&] { openForAppend("nothing", connection); }),
