@@ -52,8 +52,9 @@ struct ScanIndex::Private {
     std::shared_ptr<VXItemList> excluded;
     std::shared_ptr<VXItemList> keywords;
     QString lastError;
-    QString initFile;    // of the open repository
-    QString volume;      // of the document folder, read once
+    QString initFile; // of the open repository
+    QString volume;   // of the document folder, read once: most folders have no label
+    bool volumeRead = false;
     QString layoutGroup; // whose columns groupLayout holds
     std::unique_ptr<RowStore> groupLayout;
     StagingFolder staging; // where this session's copies are written
@@ -127,8 +128,10 @@ bool ScanIndex::SelectGroup(QString& group) {
     }
     d->groupId = toInt32(row.value(QStringLiteral("Groupid")));
     const QString folder = row.value(QStringLiteral("Path")).toString().trimmed();
-    if (folder != d->documentFolder)
+    if (folder != d->documentFolder) {
         d->volume.clear();
+        d->volumeRead = false;
+    }
     d->documentFolder = folder;
     if (d->layoutGroup != group) {
         d->groupLayout = d->connection.driver().tableStructure(group);
@@ -206,8 +209,10 @@ qint32 ScanIndex::Private::fileDocument(const QString& path, const QString& user
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("The document folder \"%1\" cannot be created.")
                         .arg(QDir::toNativeSeparators(documentFolder)));
-    if (volume.isEmpty())
+    if (!volumeRead) {
         KTVolumeLabel(volume, folder.absolutePath());
+        volumeRead = true;
+    }
 
     // The copy is made before the filing's transaction, which stays short: several users file
     // at once and each waits for the others' transactions, not for their copies.
