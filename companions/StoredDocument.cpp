@@ -1,13 +1,13 @@
 #include "companions/StoredDocument.h"
 
 #include "data/Error.h"
+#include "session/DurableFiles.h"
 
 #include <QByteArray>
 #include <QFile>
 #include <QRandomGenerator>
 
 #ifdef Q_OS_WIN
-#include <io.h>
 #include <windows.h>
 #else
 #include <cerrno>
@@ -82,46 +82,6 @@ Move moveUnlessExists(const QString& from, const QString& to, QString& reason) {
 #endif
 }
 
-// Forces the copy's contents to the disk. The filing's row is committed durably, so the file it
-// names must be as well; a write the disk could not take shows here rather than in a document
-// found empty after a power cut.
-bool syncContents(QFile& file, QString& reason) {
-#ifdef Q_OS_WIN
-    if (FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(file.handle()))))
-        return true;
-    reason = QStringLiteral("system error %1").arg(GetLastError());
-    return false;
-#else
-    if (::fdatasync(file.handle()) == 0)
-        return true;
-    reason = QString::fromLocal8Bit(std::strerror(errno));
-    return false;
-#endif
-}
-
-// Makes a name just given in `folder` survive a power cut. Folders cannot be flushed on
-// Windows, where the file system journals names itself; some file systems refuse the flush of a
-// folder, which then cannot be had at all.
-bool syncFolder(const QDir& folder, QString& reason) {
-#ifdef Q_OS_WIN
-    Q_UNUSED(folder)
-    Q_UNUSED(reason)
-    return true;
-#else
-    const int handle = ::open(QFile::encodeName(folder.absolutePath()).constData(),
-                              O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (handle < 0) {
-        reason = QString::fromLocal8Bit(std::strerror(errno));
-        return false;
-    }
-    const bool synced = ::fsync(handle) == 0 || errno == EINVAL || errno == EROFS;
-    if (!synced)
-        reason = QString::fromLocal8Bit(std::strerror(errno));
-    ::close(handle);
-    return synced;
-#endif
-}
-
 Error copyError(const QString& source, const QString& target, const QString& reason) {
     return Error(
         ErrorNumber::Unspecified,
@@ -168,9 +128,7 @@ void copyInto(const QString& source, QFile& target) {
         if (target.write(piece.constData(), read) != read)
             throw copyError(source, target.fileName(), target.errorString());
     }
-    if (!target.flush())
-        throw copyError(source, target.fileName(), target.errorString());
-    if (QString reason; !syncContents(target, reason))
+    if (QString reason; !flushContents(target, reason))
         throw copyError(source, target.fileName(), reason);
     target.close();
     if (target.error() != QFileDevice::NoError)
@@ -220,7 +178,7 @@ QString StoredDocument::placeAs(qint32 itemId, const QString& extension) {
             m_name = name;
             // Inside the filing's transaction, before its commit: a committed row never names
             // a file that a power cut could take back to its working name.
-            if (!syncFolder(m_folder, reason))
+            if (!flushFolder(m_folder.absolutePath(), reason))
                 throw copyError(working, m_folder.filePath(name), reason);
             return name;
         case Move::TargetExists:

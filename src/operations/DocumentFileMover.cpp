@@ -1,6 +1,7 @@
 #include "operations/DocumentFileMover.h"
 
 #include "data/Error.h"
+#include "session/DurableFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -55,8 +56,9 @@ void copyDocumentFile(const QString& source, const QString& destination) {
         if (partial.write(chunk) != chunk.size())
             failCopy(source, destination, partial.errorString());
     }
-    if (!partial.flush())
-        failCopy(source, destination, partial.errorString());
+    // On the disk before it takes the destination's name: a move deletes the source next.
+    if (QString reason; !flushContents(partial, reason))
+        failCopy(source, destination, reason);
     partial.setPermissions(input.permissions());
     partial.setFileTime(QFileInfo(source).lastModified(), QFileDevice::FileModificationTime);
     partial.close();
@@ -67,6 +69,8 @@ void copyDocumentFile(const QString& source, const QString& destination) {
     if (error)
         failCopy(source, destination, QString::fromLocal8Bit(error.message()));
     partial.setAutoRemove(false);
+    if (QString reason; !flushFolder(target.absolutePath(), reason))
+        failCopy(source, destination, reason);
 }
 
 bool moveDocumentFile(const QString& source, const QString& destination) {
