@@ -331,13 +331,17 @@ void HitListCommands::sortByColumn(const QString& direction) {
 }
 
 void HitListCommands::headClick(int column) {
+    headClick(column, QCursor::pos());
+}
+
+void HitListCommands::headClick(int column, const QPoint& globalPosition) {
     m_session.clickedColumn = column;
     if (m_parts.findReplace && !m_parts.findReplace->isHidden()) {
         m_parts.findReplace->clickedColumnChanged();
         return;
     }
     if (!m_session.versionsShown() && m_parts.optionMenu)
-        m_parts.optionMenu->popup(QCursor::pos());
+        m_parts.optionMenu->popup(globalPosition);
 }
 
 void HitListCommands::dblClick() {

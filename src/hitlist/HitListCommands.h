@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPoint>
 #include <QString>
 
 namespace vx {
@@ -29,6 +30,8 @@ public:
     // "ASC" or "DESC" on the clicked column; the versions view always sorts by item id.
     void sortByColumn(const QString& direction);
     void headClick(int column);
+    // The same from the grid's context menu, popped up at `globalPosition`.
+    void headClick(int column, const QPoint& globalPosition);
     void dblClick();
     // Tab strip click: shows the page of the selected tab.
     void switchTab();

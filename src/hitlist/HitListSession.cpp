@@ -43,6 +43,8 @@ QList<qint32> HitListSession::selectedItems() {
     if (!result.isOpen() || !parts.grid->boundRecordset().isOpen() || versionsShown())
         return ids;
     FlagScope walk(selectionWalk);
+    // Ends before the walk flag: the grid's one catch-up move is still part of the walk.
+    ResultsGrid::FollowPause pause(*parts.grid);
     for (const Bookmark bookmark : parts.grid->selectedBookmarks()) {
         try {
             result.setBookmark(bookmark);

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QStyle>
+#include <QWidget>
 
 namespace vx {
 
@@ -56,6 +57,9 @@ HitListToolbar::HitListToolbar(QWidget* parent)
         action->setEnabled(definition.enabled);
         const QString key = action->objectName();
         connect(action, &QAction::triggered, this, [this, key] { emit buttonClick(key); });
+        // Tab reaches every button and Space presses it: most commands have no key of their own.
+        if (QWidget* widget = widgetForAction(action))
+            widget->setFocusPolicy(Qt::TabFocus);
     }
     // Until Init finds the versions table.
     button(QStringLiteral("Archive"))->setVisible(false);

@@ -4,8 +4,10 @@
 #include "data/model/RecordsetModel.h"
 #include "session/Settings.h"
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QSet>
 #include <cmath>
@@ -28,6 +30,8 @@ ResultsGrid::ResultsGrid(QWidget* parent)
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     // Results are edited through the record form, never in the cells.
     setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // Whole rows are selected, so Tab moving from cell to cell would only trap the keyboard here.
+    setTabKeyNavigation(false);
     setSortingEnabled(false);
     setWordWrap(false);
     setAlternatingRowColors(true);
@@ -48,8 +52,28 @@ ResultsGrid::ResultsGrid(QWidget* parent)
                 if (!m_applyingWidths)
                     storeColumnWidth(column, size);
             });
-    connect(m_model, &RecordsetModel::currentRowChanged, this,
-            [this](int) { followRecordset(false); });
+    connect(m_model, &RecordsetModel::currentRowChanged, this, [this](int) {
+        if (m_followPauses > 0)
+            m_followMissed = true;
+        else
+            followRecordset(false);
+    });
+}
+
+ResultsGrid::FollowPause::FollowPause(ResultsGrid& grid)
+    : m_grid(grid) {
+    ++m_grid.m_followPauses;
+}
+
+ResultsGrid::FollowPause::~FollowPause() {
+    if (--m_grid.m_followPauses > 0 || !m_grid.m_followMissed)
+        return;
+    m_grid.m_followMissed = false;
+    try {
+        m_grid.followRecordset(false);
+    } catch (const Error&) {
+        // Only the grid's current row lags; the walk's own result stands.
+    }
 }
 
 ResultsGrid::~ResultsGrid() = default;
@@ -187,6 +211,37 @@ void ResultsGrid::currentChanged(const QModelIndex& current, const QModelIndex& 
         return;
     }
     emit rowColChange();
+}
+
+void ResultsGrid::contextMenuEvent(QContextMenuEvent* event) {
+    if (event->reason() == QContextMenuEvent::Mouse) {
+        const int column = columnAt(event->pos().x());
+        if (column >= 0)
+            emit columnMenuRequested(column, event->globalPos());
+        return;
+    }
+    requestColumnMenu(currentIndex().column());
+}
+
+void ResultsGrid::keyPressEvent(QKeyEvent* event) {
+    const bool menuKey = event->key() == Qt::Key_Menu && event->modifiers() == Qt::NoModifier;
+    const bool shiftF10 = event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier;
+    if (menuKey || shiftF10) {
+        requestColumnMenu(currentIndex().column());
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+void ResultsGrid::requestColumnMenu(int column) {
+    if (column < 0 || column >= m_model->columnCount())
+        column = horizontalHeader()->logicalIndexAt(0);
+    if (column < 0)
+        return;
+    // Below the column's header, where a click on it would have opened the menu.
+    QHeaderView* header = horizontalHeader();
+    const int x = qBound(0, header->sectionViewportPosition(column), header->width() - 1);
+    emit columnMenuRequested(column, header->mapToGlobal(QPoint(x, header->height())));
 }
 
 void ResultsGrid::mouseDoubleClickEvent(QMouseEvent* event) {

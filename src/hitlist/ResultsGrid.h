@@ -49,23 +49,44 @@ public:
     // row the selected one.
     void followRecordset(bool select);
 
+    // While one lives, the grid does not follow the record set's moves: a walk over many rows
+    // would otherwise scroll and repaint once a row. The grid catches up when the last one ends.
+    class FollowPause {
+    public:
+        explicit FollowPause(ResultsGrid& grid);
+        ~FollowPause();
+        FollowPause(const FollowPause&) = delete;
+        FollowPause& operator=(const FollowPause&) = delete;
+
+    private:
+        ResultsGrid& m_grid;
+    };
+
 signals:
     // The grid's current row changed (by the user or by following the record set).
     void rowColChange();
     void headClick(int column);
+    // The menu key, Shift+F10 or a right click asks for the column menu a header click opens:
+    // the current cell's column from the keyboard, the one under the mouse otherwise.
+    void columnMenuRequested(int column, const QPoint& globalPosition);
     void dblClick();
 
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
     void storeColumnWidth(int column, int pixels);
+    void requestColumnMenu(int column);
 
     RecordsetModel* const m_model; // child, owned by Qt
     QString m_widthSection;
     QString m_widthSuffix;
     bool m_applyingWidths = false;
+    int m_followPauses = 0;
+    bool m_followMissed = false; // the record set moved during a pause
 };
 
 } // namespace vx

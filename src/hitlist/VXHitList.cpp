@@ -78,7 +78,9 @@ struct VXHitList::Private {
 VXHitList::VXHitList(QWidget* parent)
     : QWidget(parent)
     , d(std::make_unique<Private>()) {
-    setFocusPolicy(Qt::StrongFocus);
+    // Focus given to the control goes on to the grid; Tab itself stops at the parts (toolbar
+    // buttons, then the grid), so the control is not a stop that sends Tab back to the grid.
+    setFocusPolicy(Qt::ClickFocus);
     HitListParts& parts = d->parts;
     parts.control = this;
     d->commands = std::make_unique<HitListCommands>(d->session, nullptr);
@@ -144,6 +146,8 @@ VXHitList::VXHitList(QWidget* parent)
     connect(parts.grid, &ResultsGrid::rowColChange, this, [this] { d->session.rowColChange(); });
     connect(parts.grid, &ResultsGrid::headClick, this,
             [this](int column) { d->commands->headClick(column); });
+    connect(parts.grid, &ResultsGrid::columnMenuRequested, this,
+            [this](int column, const QPoint& at) { d->commands->headClick(column, at); });
     connect(parts.grid, &ResultsGrid::dblClick, this, [this] { d->commands->dblClick(); });
     connect(parts.tabStrip, &KeyedTabStrip::clicked, this, [this] { d->commands->switchTab(); });
     watchKeys(this);

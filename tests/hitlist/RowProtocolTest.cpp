@@ -5,6 +5,7 @@
 
 #include <QComboBox>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <functional>
 
@@ -120,6 +121,14 @@ TEST_F(RowProtocolTest, SelectionWalkOverOtherRowsRaisesNothing) {
                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
     EXPECT_EQ(hitList->selectedItems(), (QVariantList{itemAt(2), itemAt(5), itemAt(4)}));
     EXPECT_EQ(grid()->boundRecordset().position(), 4) << "the result ends on the last one";
+
+    // Over every row, the grid catches up once at the end instead of scrolling to each row.
+    grid()->selectAll();
+    QSignalSpy gridMoves(selection, &QItemSelectionModel::currentChanged);
+    EXPECT_EQ(hitList->selectedItems().size(), grid()->model()->rowCount());
+    EXPECT_EQ(gridMoves.count(), 1);
+    EXPECT_EQ(grid()->currentIndex().row(), grid()->boundRecordset().position());
+    EXPECT_EQ(protocol(), QStringList());
 
     // A double click selects from the current row to the last.
     clickRow(3);
