@@ -309,10 +309,27 @@ bool VXFavourites::eventFilter(QObject* watched, QEvent* event) {
             d->actionMenu->popup(static_cast<QMouseEvent*>(event)->globalPosition().toPoint());
         }
     } else if (watched == d->buttonBar && event->type() == QEvent::KeyPress &&
-               static_cast<QKeyEvent*>(event)->key() == Qt::Key_Delete &&
                d->buttonBar->count() > 0) {
-        runGuarded(QStringLiteral("ButtonBar_KeyDown"), [this] { deleteSelected(); });
-        return true;
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (key->key() == Qt::Key_Delete) {
+            runGuarded(QStringLiteral("ButtonBar_KeyDown"), [this] { deleteSelected(); });
+            return true;
+        }
+        // The keyboard's double click and right button: Enter runs the favourite, the menu key
+        // or Shift+F10 opens the Action menu beside it.
+        if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) &&
+            key->modifiers() == Qt::NoModifier) {
+            runGuarded(QStringLiteral("mnuFind_Click"), [this] { chooseSelected(); });
+            return true;
+        }
+        const bool menuKey = key->key() == Qt::Key_Menu && key->modifiers() == Qt::NoModifier;
+        const bool shiftF10 = key->key() == Qt::Key_F10 && key->modifiers() == Qt::ShiftModifier;
+        if ((menuKey || shiftF10) && d->actionMenu) {
+            QListWidgetItem* item = d->buttonBar->currentItem();
+            const QRect at = item ? d->buttonBar->visualItemRect(item) : QRect();
+            d->actionMenu->popup(d->buttonBar->viewport()->mapToGlobal(at.bottomLeft()));
+            return true;
+        }
     }
     return QWidget::eventFilter(watched, event);
 }

@@ -154,6 +154,19 @@ TEST_F(FavouritesTest, ChoosingRaisesTheNameAndQueryAndNothingOnAnEmptyList) {
     select(1);
     favourites.findChild<QAction*>(QStringLiteral("mnuFind"))->trigger();
     EXPECT_EQ(chosen, QList<QStringList>({{"1999", "SELECT old"}, {"Recent", "SELECT new"}}));
+
+    // Without the mouse: Enter chooses, the menu key and Shift+F10 open the Action menu.
+    chosen.clear();
+    select(0);
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_EQ(chosen, QList<QStringList>({{"1999", "SELECT old"}}));
+    auto* menu = favourites.findChild<QMenu*>(QStringLiteral("mnuAction"));
+    for (const auto& [key, modifiers] :
+         {std::pair{Qt::Key_Menu, Qt::NoModifier}, std::pair{Qt::Key_F10, Qt::ShiftModifier}}) {
+        QTest::keyClick(list, key, modifiers);
+        EXPECT_TRUE(menu->isVisible()) << key;
+        menu->hide();
+    }
 }
 
 TEST_F(FavouritesTest, RemoveItemTakesOnlyTheListEntryAndReportsUnknownOnes) {
