@@ -6,6 +6,7 @@
 #include "server/LateBinding.h"
 #include "session/UiServices.h"
 
+#include <QAbstractItemView>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMetaObject>
@@ -107,6 +108,9 @@ SearchPane::SearchPane(QWidget* parent)
             SLOT(runFavourite(QString&, QString&)));
     connect(m_query, SIGNAL(PerformQuery()), this, SLOT(performQuery()));
     connect(m_query, SIGNAL(KeyDown(short&, short&)), this, SLOT(queryKeyDown(short&, short&)));
+    // A large result comes in after its first screen: the count grows with it.
+    if (const auto* grid = m_hitList->findChild<QAbstractItemView*>(QStringLiteral("HitList")))
+        connect(grid->model(), &QAbstractItemModel::rowsInserted, this, &SearchPane::reportFound);
 }
 
 void SearchPane::setQueryTextSource(std::function<QString()> source) {
@@ -154,17 +158,36 @@ bool SearchPane::search() {
 }
 
 void SearchPane::runQuery(const QString& queryText) {
+    m_reportFound = true;
+    query(queryText);
+    reportFound();
+}
+
+void SearchPane::query(const QString& queryText) {
     m_lastQuery = queryText;
     try {
         writeMember(m_hitList, "DoQuery", queryText);
     } catch (const Error& error) {
+        m_reportFound = false;
         emit statusMessage(error.description());
     }
 }
 
 void SearchPane::rerunQuery() {
+    // After a command: its own outcome stays in the status bar.
+    m_reportFound = false;
     if (!m_lastQuery.isEmpty())
-        runQuery(m_lastQuery);
+        query(m_lastQuery);
+}
+
+void SearchPane::reportFound() {
+    const auto* grid = m_hitList->findChild<QAbstractItemView*>(QStringLiteral("HitList"));
+    if (!m_reportFound || !grid || !grid->model())
+        return;
+    const int found = grid->model()->rowCount();
+    emit statusMessage(found == 0   ? tr("No documents found.")
+                       : found == 1 ? tr("1 document found.")
+                                    : tr("%1 documents found.").arg(found));
 }
 
 void SearchPane::clearCriteria() {

@@ -63,6 +63,9 @@ private slots:
 
 private:
     void addFavourite(const QString& name, const QString& queryString);
+    void query(const QString& queryText);
+    // "N documents found." while the result of the user's search comes in.
+    void reportFound();
 
     QWidget* m_query = nullptr;
     QWidget* m_favourites = nullptr;
@@ -75,6 +78,7 @@ private:
     std::function<QString()> m_queryText;
     QStringList m_unconnected;
     QString m_lastQuery;
+    bool m_reportFound = false; // a search the user started is loading
 };
 
 // Calls a method whose arguments are one or two strings by reference, as VXFavourites and

@@ -54,7 +54,8 @@ DemoWindow::DemoWindow(QWidget* parent)
     m_indexPage = new IndexPage(m_pages);
     m_searchPage = new SearchPage(m_pages);
     m_pages->addTab(m_indexPage, tr("&Index"));
-    m_pages->addTab(m_searchPage, tr("&Search"));
+    // Alt+S is the Search button's on this page.
+    m_pages->addTab(m_searchPage, tr("S&earch"));
     setCentralWidget(m_pages);
 
     m_auditTrail = new AuditTrailPanel(this);

@@ -22,8 +22,9 @@ namespace vx::demo {
 IndexPage::IndexPage(QWidget* parent)
     : QWidget(parent) {
     setObjectName(QStringLiteral("indexPage"));
+    // Mnemonics stay clear of the menu bar's (File, Documents, Help) and the page tabs'.
     auto* fileRow = new QHBoxLayout;
-    auto* label = new QLabel(tr("&Document file:"), this);
+    auto* label = new QLabel(tr("Document fi&le:"), this);
     m_document = new QLineEdit(this);
     m_document->setObjectName(QStringLiteral("documentPath"));
     m_document->setPlaceholderText(tr("The file to index"));
@@ -40,7 +41,7 @@ IndexPage::IndexPage(QWidget* parent)
     auto* buttonRow = new QHBoxLayout;
     m_result = new QLabel(this);
     m_result->setObjectName(QStringLiteral("indexResult"));
-    m_file = new QPushButton(tr("&File document"), this);
+    m_file = new QPushButton(tr("File d&ocument"), this);
     m_file->setObjectName(QStringLiteral("fileDocument"));
     m_file->setDefault(true);
     m_next = new QPushButton(tr("&Next document"), this);

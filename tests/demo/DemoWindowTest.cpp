@@ -9,9 +9,17 @@
 #include "support/SampleRepository.h"
 #include "support/TestEnvironment.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
+#include <QMenuBar>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QTabBar>
 #include <QTabWidget>
+#include <QTest>
 #include <gtest/gtest.h>
 
 namespace {
@@ -78,6 +86,65 @@ TEST_F(DemoWindowTest, QueryHandOverFileRunsTheSearchAtOnce) {
     window.pages()->setCurrentWidget(window.indexPage());
     window.applyHandOvers();
     EXPECT_EQ(window.pages()->currentWidget(), window.indexPage());
+}
+
+TEST_F(DemoWindowTest, EachAltKeyOfAPageReachesOneThing) {
+    DemoWindow window;
+    ASSERT_TRUE(window.openGroup(sample.initFilePath()));
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    // Who answers Alt+letter on the page shown: the menu bar, the tabs and the shown buttons and
+    // labels with a buddy. Two owners of one letter make Alt only move the focus between them.
+    const auto owners = [&] {
+        QMap<QString, QStringList> byKey;
+        const auto note = [&](const QString& text) {
+            const QString key = QKeySequence::mnemonic(text).toString();
+            if (!key.isEmpty())
+                byKey[key] << text;
+        };
+        for (QAction* menu : window.menuBar()->actions())
+            note(menu->text());
+        for (const QTabBar* tabs : window.findChildren<QTabBar*>()) {
+            if (tabs->isVisible())
+                for (int i = 0; i < tabs->count(); ++i)
+                    note(tabs->tabText(i));
+        }
+        for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
+            if (button->isVisible())
+                note(button->text());
+        }
+        for (const QLabel* label : window.findChildren<QLabel*>()) {
+            if (label->isVisible() && label->buddy())
+                note(label->text());
+        }
+        return byKey;
+    };
+    for (QWidget* page :
+         {static_cast<QWidget*>(window.indexPage()), static_cast<QWidget*>(window.searchPage())}) {
+        window.pages()->setCurrentWidget(page);
+        const QMap<QString, QStringList> byKey = owners();
+        for (auto it = byKey.begin(); it != byKey.end(); ++it)
+            EXPECT_EQ(it.value().size(), 1)
+                << page->objectName().toStdString() << ": " << it.key().toStdString() << " is "
+                << it.value().join(" and ").toStdString();
+    }
+
+    // Alt+S on the search page presses the Search button: with no criteria, it says what is
+    // missing.
+    window.pages()->tabBar()->setFocus();
+    QTest::keyClick(window.windowHandle(), Qt::Key_I, Qt::AltModifier);
+    EXPECT_EQ(window.pages()->currentWidget(), window.indexPage());
+    QTest::keyClick(window.windowHandle(), Qt::Key_E, Qt::AltModifier);
+    EXPECT_EQ(window.pages()->currentWidget(), window.searchPage());
+    window.statusBar()->clearMessage();
+    QSignalSpy searched(window.searchPage()->findChild<QAbstractButton*>("search"),
+                        &QAbstractButton::clicked);
+    QTest::keyClick(window.windowHandle(), Qt::Key_S, Qt::AltModifier);
+    EXPECT_TRUE(searched.count() == 1 || searched.wait())
+        << "a pressed button clicks a moment later";
+    EXPECT_EQ(window.statusBar()->currentMessage(),
+              "Fill in at least one search field or pick a keyword.");
 }
 
 } // namespace

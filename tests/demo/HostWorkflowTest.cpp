@@ -197,6 +197,7 @@ TEST_F(HostWorkflowTest, FilesFindsEditsExportsAndShowsPropertiesThroughTheWindo
     QWidget* query = window->searchPage()->queryControl();
     searchFor({{"Customer", "Harbour Lights"}}, {"approved"});
     ASSERT_EQ(rows(), 1) << vx::readMember(query, "QueryString").toString().toStdString();
+    EXPECT_EQ(status(), "1 document found.");
     EXPECT_EQ(window->currentItemId(), itemId.toInt());
 
     // Edit and save; Enter in the notes is a new line, not a question.
