@@ -1,6 +1,7 @@
 #include "DocumentLocator.h"
 
 #include "data/Recordset.h"
+#include "operations/StoredFileName.h"
 #include "session/Conversions.h"
 #include "session/GroupConnection.h"
 
@@ -28,19 +29,26 @@ DocumentLocator::DocumentLocator(QStringList folders)
 QString DocumentLocator::locate(const QString& storedName) const {
     // A stored name is a bare file name; anything with a folder part is not ours to follow.
     const QString name = storedName.trimmed();
-    if (name.isEmpty() || name.contains(u'/') || name.contains(u'\\') || name == u"." ||
-        name == u"..")
+    if (!storedNameProblem(name).isEmpty())
         return NotFound;
+    // A link planted in a document folder must not hand out a file from elsewhere.
+    const auto usable = [](const QFileInfo& file) {
+        return file.isFile() && documentFileProblem(file.filePath()).isEmpty();
+    };
     for (const QString& folder : m_folders) {
         const QFileInfo direct(QDir(folder).filePath(name));
-        if (direct.isFile())
+        if (usable(direct))
             return QDir::toNativeSeparators(direct.absoluteFilePath());
     }
-    // A path may be the root of the group folders below it.
+    // A path may be the root of the group folders below it. The name is compared, never used
+    // as a pattern: "*" would find any document.
     for (const QString& folder : m_folders) {
-        QDirIterator files(folder, {name}, QDir::Files, QDirIterator::Subdirectories);
-        if (files.hasNext())
-            return QDir::toNativeSeparators(QFileInfo(files.next()).absoluteFilePath());
+        QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            const QFileInfo file(files.next());
+            if (file.fileName() == name && usable(file))
+                return QDir::toNativeSeparators(file.absoluteFilePath());
+        }
     }
     return NotFound;
 }

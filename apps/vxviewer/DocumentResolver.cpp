@@ -3,7 +3,9 @@
 #include "ViewerSession.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "operations/StoredFileName.h"
 #include "session/Conversions.h"
+#include "session/ShownText.h"
 #include "session/UiServices.h"
 
 #include <QDir>
@@ -51,8 +53,7 @@ DocumentResolver::DocumentResolver(ViewerSession& session, QWidget* owner)
 
 bool DocumentResolver::isPlainFileName(const QString& name) {
     // Stored names are data: anything that could lead out of the Document folder is refused.
-    return !name.isEmpty() && name != u"." && name != u".." && !name.contains(u'/') &&
-           !name.contains(u'\\') && !name.contains(u':') && !name.contains(QChar(0));
+    return storedNameProblem(name).isEmpty();
 }
 
 bool DocumentResolver::hasFile(qint32 itemId) const {
@@ -85,16 +86,19 @@ DocumentResolver::Location DocumentResolver::locate(const QString& storedName,
     const QString volume = volumeName.trimmed();
     if (!isPlainFileName(name))
         return {{},
-                QStringLiteral("The stored file name \"%1\" is not a plain file name; the "
+                QStringLiteral("The stored file name \"%1\" is not a plain file name (%2); the "
                                "viewer opens files of the volume's Document folder only.")
-                    .arg(name)};
+                    .arg(shownText(name), storedNameProblem(name))};
     if (!volume.isEmpty() && !isPlainFileName(volume))
         return {{},
-                QStringLiteral("The stored volume name \"%1\" is not a plain name.").arg(volume)};
+                QStringLiteral("The stored volume name \"%1\" is not a plain name (%2).")
+                    .arg(shownText(volume), storedNameProblem(volume))};
     const QString folder = volumeFolder(volume, name);
     if (folder.isEmpty())
         return {{}, QStringLiteral("The volume %1 holding %2 was not found.").arg(volume, name)};
     const QString path = documentIn(folder, name);
+    if (const QString problem = documentFileProblem(path); !problem.isEmpty())
+        return {{}, QStringLiteral("The file %1 is not opened: %2.").arg(native(path), problem)};
     if (!QFileInfo(path).isFile())
         return {{},
                 QStringLiteral("The file %1 is missing from the volume %2.")
@@ -113,14 +117,14 @@ QString DocumentResolver::volumeFolder(const QString& volumeName, const QString&
         return *beside;
 
     // Another CD: the user inserts it (or finds the folder) and tells us where it is.
-    const QString chosen =
-        ui().browseForFolder(m_owner, QStringLiteral("Insert or choose the volume ") + volumeName);
+    const QString chosen = ui().browseForFolder(
+        m_owner, QStringLiteral("Insert or choose the volume ") + shownText(volumeName));
     if (chosen.isEmpty())
         return {};
     if (!QFileInfo(documentIn(chosen, storedName)).isFile()) {
         ui().messageBox(QStringLiteral("%1 is not the volume %2: its \"Document\" folder does not "
                                        "hold %3.")
-                            .arg(native(chosen), volumeName, storedName),
+                            .arg(native(chosen), shownText(volumeName), shownText(storedName)),
                         MessageStyle::OkOnly | MessageStyle::Exclamation,
                         QStringLiteral("Open document"));
         return {};

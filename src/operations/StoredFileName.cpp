@@ -1,11 +1,32 @@
 #include "operations/StoredFileName.h"
 
+#include "session/ShownText.h"
 #include "session/UiServices.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 namespace vx {
+
+namespace {
+
+// The longest name the usual file systems take, in bytes of the name as stored on the disk.
+constexpr qsizetype MaxNameBytes = 255;
+
+// Names Windows gives to devices whatever the folder and extension.
+bool isDeviceName(const QString& name) {
+    const QString stem = name.section(u'.', 0, 0).trimmed().toUpper();
+    static const QStringList devices{QStringLiteral("CON"),    QStringLiteral("PRN"),
+                                     QStringLiteral("AUX"),    QStringLiteral("NUL"),
+                                     QStringLiteral("CONIN$"), QStringLiteral("CONOUT$")};
+    if (devices.contains(stem))
+        return true;
+    return stem.size() == 4 &&
+           (stem.startsWith(QLatin1String("COM")) || stem.startsWith(QLatin1String("LPT"))) &&
+           stem.at(3) >= u'1' && stem.at(3) <= u'9';
+}
+
+} // namespace
 
 QString storedNameProblem(const QString& name) {
     if (name.isEmpty())
@@ -19,9 +40,16 @@ QString storedNameProblem(const QString& name) {
             return QStringLiteral("it holds a folder separator");
         if (c == u':')
             return QStringLiteral("it names a drive or stream");
-        if (c.unicode() < 0x20)
+        if (c.unicode() < 0x20 || (c.unicode() >= 0x7f && c.unicode() <= 0x9f))
             return QStringLiteral("it holds a control character");
     }
+    if (name.toUtf8().size() > MaxNameBytes)
+        return QStringLiteral("it is longer than %1 bytes").arg(MaxNameBytes);
+    // Windows drops them, so the name would mean another file there.
+    if (name.endsWith(u'.') || name.endsWith(u' '))
+        return QStringLiteral("it ends in a dot or a space");
+    if (isDeviceName(name))
+        return QStringLiteral("it names a device");
     return {};
 }
 
@@ -35,19 +63,42 @@ std::optional<QString> pathInsideFolder(const QString& folder, const QString& na
     return path;
 }
 
-void SkippedDocuments::add(qint32 itemId, const QString& storedName) {
-    m_items.append({itemId, storedName});
+QString documentFileProblem(const QString& path) {
+    const QFileInfo file(path);
+    if (!file.isSymLink())
+        return {};
+    // A link to a file beside it (or below) stays the repository's; anything else does not.
+    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
+    const QString target = file.canonicalFilePath();
+    if (target.isEmpty())
+        return QStringLiteral("it is a symbolic link to nothing");
+    if (folder.isEmpty() || !target.startsWith(folder + u'/'))
+        return QStringLiteral("it is a symbolic link leading out of its folder");
+    return {};
+}
+
+bool FolderNames::claim(const QString& name) {
+    const QString folded = name.normalized(QString::NormalizationForm_C).toCaseFolded();
+    const auto claimed = m_byFolded.constFind(folded);
+    if (claimed != m_byFolded.cend())
+        return *claimed == name;
+    m_byFolded.insert(folded, name);
+    return true;
+}
+
+void SkippedDocuments::add(qint32 itemId, const QString& storedName, const QString& reason) {
+    m_items.append({itemId, storedName, reason.isEmpty() ? storedNameProblem(storedName) : reason});
 }
 
 QString SkippedDocuments::message() const {
     QString text = QStringLiteral("These documents were skipped: their stored file names are not "
                                   "plain file names, so they would be written outside the chosen "
-                                  "folder.\r\n");
-    for (const auto& [itemId, storedName] : m_items) {
-        const QString problem = storedNameProblem(storedName);
-        text += QStringLiteral("\r\nItem %1: \"%2\"").arg(itemId).arg(storedName);
-        if (!problem.isEmpty())
-            text += QStringLiteral(" (") + problem + u')';
+                                  "folder, or their files cannot be copied safely.\r\n");
+    for (const Item& item : m_items) {
+        text +=
+            QStringLiteral("\r\nItem %1: \"%2\"").arg(item.itemId).arg(shownText(item.storedName));
+        if (!item.reason.isEmpty())
+            text += QStringLiteral(" (") + item.reason + u')';
     }
     return text;
 }

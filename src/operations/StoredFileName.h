@@ -1,7 +1,7 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
-#include <QPair>
 #include <QString>
 #include <optional>
 
@@ -17,18 +17,41 @@ QString storedNameProblem(const QString& name);
 // The path of `name` inside `folder`, when the name is plain and the path stays in the folder.
 std::optional<QString> pathInsideFolder(const QString& folder, const QString& name);
 
+// Why the document file at `path` must not be read; empty when it may. A file that is a
+// symbolic link leading out of its own folder was planted to make a copy read someone else's
+// file.
+QString documentFileProblem(const QString& path);
+
+// The names one operation writes into a folder: a name that differs from an earlier one only
+// in case would replace that file on a file system that ignores case.
+class FolderNames {
+public:
+    // False when a different earlier name folds to the same one; the same name again is no
+    // collision (it names the same file).
+    bool claim(const QString& name);
+
+private:
+    QHash<QString, QString> m_byFolded;
+};
+
 // Documents an operation skipped for their stored names, told to the user once at its end.
 class SkippedDocuments {
 public:
-    void add(qint32 itemId, const QString& storedName);
+    // `reason` defaults to what is wrong with the stored name.
+    void add(qint32 itemId, const QString& storedName, const QString& reason = {});
     bool isEmpty() const { return m_items.isEmpty(); }
-    // The message naming every skipped item and its stored name.
+    // The message naming every skipped item, its stored name (escaped) and why.
     QString message() const;
     // Shows message() (exclamation icon, OK) when something was skipped.
     void report(const QString& title) const;
 
 private:
-    QList<QPair<qint32, QString>> m_items;
+    struct Item {
+        qint32 itemId;
+        QString storedName;
+        QString reason;
+    };
+    QList<Item> m_items;
 };
 
 } // namespace vx

@@ -59,6 +59,10 @@ std::optional<Location> browseLocation(HitListContext& hitList, const QString& p
     return location;
 }
 
+QString caseCollision() {
+    return QStringLiteral("another document of this operation has the same name but for case");
+}
+
 QString withSeparator(const QString& folder) {
     return folder + QDir::separator();
 }
@@ -81,7 +85,9 @@ void storeVolume(Recordset& fileRow, const QString& label) {
 // For each selected document in order: its first file row, when it names a file other than the
 // one handled just before; `handle` gets the row, the file the host located (documents the host
 // answers "ERROR" for are skipped) and the file's path in `destination`. A document whose stored
-// name is not a plain file name is skipped before the host is asked, and noted in `skipped`.
+// name is not a plain file name, or differs only in case from one written before, is skipped
+// before the host is asked, and one whose located file is a link leading out of its folder is
+// skipped before it is read; both are noted in `skipped`.
 using LocateEvent = QString (HitListContext::*)(qint32, const QString&, const QString&);
 void forEachLocatedFile(
     HitListContext& hitList, const QList<qint32>& selection, LocateEvent locate,
@@ -89,6 +95,7 @@ void forEachLocatedFile(
     const std::function<void(Recordset&, const QString&, const QString&)>& handle) {
     ProgressScope progress(hitList.controlWidget(), selection.size());
     QString lastFileName;
+    FolderNames written;
     for (qsizetype position = 0; position < selection.size(); ++position) {
         progress.setValue(position + 1);
         const qint32 itemId = selection.at(position);
@@ -101,10 +108,16 @@ void forEachLocatedFile(
             const std::optional<QString> target = pathInsideFolder(destination, fileName);
             if (!target) {
                 skipped.add(itemId, fileName);
+            } else if (!written.claim(fileName)) {
+                skipped.add(itemId, fileName, caseCollision());
             } else {
                 const QString located = (hitList.*locate)(
                     itemId, fileName, fileRow.value(QStringLiteral("Volume")).toString());
-                if (!located.isEmpty() && located != LocateError)
+                const bool found = !located.isEmpty() && located != LocateError;
+                const QString problem = found ? documentFileProblem(located) : QString();
+                if (!problem.isEmpty())
+                    skipped.add(itemId, fileName, QStringLiteral("its file ") + problem);
+                else if (found)
                     handle(fileRow, located, *target);
             }
         }

@@ -8,6 +8,7 @@
 
 #ifdef Q_OS_LINUX
 #include <cerrno>
+#include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -26,6 +27,29 @@ Error notFound(const QString& from) {
 }
 
 #ifdef Q_OS_LINUX
+// A descriptor of the regular file at `path` in blocking mode, or -1 with errno set (EINVAL for
+// anything but a regular file).
+int openRegular(const QString& path, int flags) {
+    const int fd =
+        ::open(QFile::encodeName(path).constData(), flags | O_NONBLOCK | O_CLOEXEC, 0666);
+    if (fd < 0)
+        return -1;
+    struct stat status {};
+    if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        ::close(fd);
+        errno = EINVAL;
+        return -1;
+    }
+    const int mode = ::fcntl(fd, F_GETFL);
+    if (mode < 0 || ::fcntl(fd, F_SETFL, mode & ~O_NONBLOCK) != 0) {
+        const int error = errno;
+        ::close(fd);
+        errno = error;
+        return -1;
+    }
+    return fd;
+}
+
 // The call is not there or cannot serve these two files: another way must copy them.
 bool unsupported(int error) {
     return error == ENOSYS || error == EOPNOTSUPP || error == ENOTTY || error == EXDEV ||
@@ -37,15 +61,23 @@ bool unsupported(int error) {
 
 void FileCopier::copyOverwriting(const QString& from, const QString& to) {
     QFile source(from);
-    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        throw notFound(from);
     qint64 size = -1;
 #ifdef Q_OS_LINUX
+    // Without blocking: a pipe planted under a document's name would wait for a writer forever.
+    const int input = openRegular(from, O_RDONLY);
+    if (input < 0 || !source.open(input, QIODevice::ReadOnly | QIODevice::Unbuffered,
+                                  QFileDevice::AutoCloseHandle)) {
+        if (input >= 0)
+            ::close(input);
+        throw notFound(from);
+    }
     struct stat status {};
-    if (::fstat(source.handle(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (::fstat(source.handle(), &status) != 0)
         throw notFound(from);
     size = status.st_size;
 #else
+    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        throw notFound(from);
     if (!QFileInfo(from).isFile())
         throw notFound(from);
     size = source.size();
@@ -55,6 +87,32 @@ void FileCopier::copyOverwriting(const QString& from, const QString& to) {
     // deleted to make way.
     QFile target(to);
     const bool existed = QFileInfo::exists(to);
+#ifdef Q_OS_LINUX
+    // A link or a pipe planted where the copy goes is not written through.
+    const int output = openRegular(to, O_WRONLY | O_CREAT | O_NOFOLLOW);
+    if (output < 0) {
+        const int error = errno;
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("Cannot copy %1 to %2: %3")
+                        .arg(QDir::toNativeSeparators(from), QDir::toNativeSeparators(to),
+                             error == ELOOP ? QStringLiteral("the name there is a symbolic link")
+                             : error == EISDIR || error == ENXIO || error == EINVAL
+                                 ? QStringLiteral("the name there is not a plain file")
+                             : existed ? QStringLiteral("the file there cannot be written (%1)")
+                                             .arg(qt_error_string(error))
+                                       : qt_error_string(error)));
+    }
+    if (::ftruncate(output, 0) != 0 ||
+        !target.open(output, QIODevice::WriteOnly | QIODevice::Unbuffered,
+                     QFileDevice::AutoCloseHandle)) {
+        const int error = errno;
+        ::close(output);
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("Cannot copy %1 to %2: %3")
+                        .arg(QDir::toNativeSeparators(from), QDir::toNativeSeparators(to),
+                             qt_error_string(error)));
+    }
+#else
     if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("Cannot copy %1 to %2: %3")
@@ -62,6 +120,7 @@ void FileCopier::copyOverwriting(const QString& from, const QString& to) {
                              existed ? QStringLiteral("the file there cannot be written (%1)")
                                            .arg(target.errorString())
                                      : target.errorString()));
+#endif
     QString reason;
     if (!copyBytes(source, target, size, reason)) {
         target.close();

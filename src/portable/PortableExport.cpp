@@ -18,6 +18,7 @@
 #include "session/Conversions.h"
 #include "session/LibraryState.h"
 #include "session/Settings.h"
+#include "session/ShownText.h"
 #include "session/UiServices.h"
 #include "session/companions/NativeHelpers.h"
 
@@ -117,7 +118,7 @@ void PortableExportRun::run() {
     if (library().exportKind == QLatin1String("ExportToCD") && !problem.isEmpty()) {
         ui().messageBox(QStringLiteral("The volume name \"%1\" cannot name a folder: %2. Please "
                                        "choose another volume name.")
-                            .arg(m_base, problem),
+                            .arg(shownText(m_base), problem),
                         MessageStyle::OkOnly | MessageStyle::Critical,
                         QStringLiteral("ExportToVeltrane"));
         return;
@@ -134,6 +135,11 @@ void PortableExportRun::run() {
     };
     try {
         m_groupTable = m_hitList.groupTableName();
+        // It names the query form's file, read into the export.
+        if (const QString tableProblem = storedNameProblem(m_groupTable); !tableProblem.isEmpty())
+            throw Error(ErrorNumber::InvalidArgument,
+                        QStringLiteral("The group table name \"%1\" cannot name a file: %2.")
+                            .arg(shownText(m_groupTable), tableProblem));
         m_configRoot = configurationRoot(m_hitList.connection());
         busy.emplace();
         if (!chooseLocations())
@@ -298,6 +304,7 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
     // The files are copied beside the rows being written; a failed copy fails the export.
     DocumentCopyQueue copies;
     QString lastFileName;
+    FolderNames documentNames;
     bool placeholderWritten = false;
     for (qsizetype position = 1; position <= m_selection.size(); ++position) {
         progress.setValue(position);
@@ -317,6 +324,13 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
             m_skipped.add(itemId, lastFileName);
             continue;
         }
+        // Nor may it replace another document's file on a medium that ignores case.
+        if (!documentNames.claim(lastFileName)) {
+            m_skipped.add(itemId, lastFileName,
+                          QStringLiteral("another exported document has the same name but for "
+                                         "case"));
+            continue;
+        }
 
         if (!placeholderWritten) {
             rows.addPlaceholderItem();
@@ -327,7 +341,12 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
         const QString answer = m_hitList.locateDocumentFromID(
             itemId, lastFileName, files.value(QStringLiteral("volume")).toString());
         const qint64 size = files.value(QStringLiteral("fsize")).toLongLong();
-        const bool found = answer != QLatin1String("ERROR");
+        // A file planted as a link out of the document folder is not carried away.
+        const QString fileProblem =
+            answer == QLatin1String("ERROR") ? QString() : documentFileProblem(answer);
+        if (!fileProblem.isEmpty())
+            m_skipped.add(itemId, lastFileName, QStringLiteral("its file ") + fileProblem);
+        const bool found = answer != QLatin1String("ERROR") && fileProblem.isEmpty();
         switch (m_volumes->placementOf(size, found)) {
         case VolumeAccounting::Placement::TooLarge:
             throw MediaOverflow{itemId};
@@ -342,7 +361,7 @@ void PortableExportRun::exportDocuments(PortableRows& rows, ProgressScope& progr
             if (!target) // checked above; kept as the last word before anything is written
                 throw Error(ErrorNumber::Unspecified,
                             QStringLiteral("The stored file name \"%1\" leads outside the export.")
-                                .arg(lastFileName));
+                                .arg(shownText(lastFileName)));
             rows.addFile(files, volume == noVolumeName ? QString() : volume);
             copies.add(answer, *target);
             break;

@@ -48,4 +48,24 @@ TEST(DocumentLocator, SearchesBelowEachFolderAfterLookingDirectlyInAll) {
     EXPECT_EQ(locator.locate("march"), DocumentLocator::NotFound) << "folders are not documents";
 }
 
+// Names and files someone else put into the shared folders.
+TEST(DocumentLocator, NeitherPatternsNorLinksOutOfTheFoldersFindADocument) {
+    vx::test::TestEnvironment environment;
+    environment.writeFile("store/2024/report.pdf", "someone's document");
+    const QString secret = environment.writeFile("home/secret.key", "private");
+    const QString beside = environment.writeFile("store/original.pdf", "scan");
+    ASSERT_TRUE(QFile::link(secret, environment.filePath("store/planted.pdf")));
+    ASSERT_TRUE(QFile::link(secret, environment.filePath("store/2024/deeper.pdf")));
+    ASSERT_TRUE(QFile::link(beside, environment.filePath("store/alias.pdf")));
+    const DocumentLocator locator(QStringList{environment.filePath("store")});
+    for (const char* name :
+         {"*", "*.pdf", "rep?rt.pdf", "[r]eport.pdf", "planted.pdf", "deeper.pdf", "nul"})
+        EXPECT_EQ(locator.locate(name), DocumentLocator::NotFound) << name;
+    EXPECT_EQ(locator.locate("alias.pdf"),
+              QDir::toNativeSeparators(environment.filePath("store/alias.pdf")))
+        << "a link to a file beside it stays the repository's";
+    EXPECT_EQ(locator.locate("report.pdf"),
+              QDir::toNativeSeparators(environment.filePath("store/2024/report.pdf")));
+}
+
 } // namespace
