@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/SqlQuoting.h"
 #include "session/GroupConnection.h"
 
 #include <QDir>
@@ -25,14 +26,16 @@ GroupSession GroupSession::fromInitFile(const QString& initFilePath) {
 
     Connection connection = openGroupConnection(session.initFilePath);
     Recordset group;
-    group.open(QStringLiteral("select * from KTGroup where [Name] = '") + session.groupName + u'\'',
+    group.open(QStringLiteral("select * from KTGroup where [Name] = ") +
+                   sqlTextLiteral(session.groupName),
                connection);
     if (group.eof())
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("The repository has no group \"%1\".").arg(session.groupName));
     session.groupId = group.value(QStringLiteral("Groupid")).toInt();
     Recordset user;
-    user.open(QStringLiteral("select * from KTUsers where username = '") + session.userName + u'\'',
+    user.open(QStringLiteral("select * from KTUsers where username = ") +
+                  sqlTextLiteral(session.userName),
               connection);
     if (!user.eof())
         session.userId = user.value(QStringLiteral("UserID")).toInt();

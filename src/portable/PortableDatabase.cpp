@@ -3,6 +3,7 @@
 #include "data/ColumnInfo.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/SqlQuoting.h"
 
 #include <QFileInfo>
 
@@ -42,7 +43,8 @@ QString groupTableStatement(const QString& groupTable, const Connection& reposit
     // Forward-only over the table itself: telling whether it holds a row reads one piece.
     structure.open(groupTable, repository, CursorType::ForwardOnly, LockType::ReadOnly,
                    CommandType::TableDirect);
-    QString statement = QStringLiteral("CREATE TABLE [") + groupTable + QStringLiteral("] (");
+    QString statement =
+        QStringLiteral("CREATE TABLE ") + bracketedName(groupTable) + QStringLiteral(" (");
     const int columns = structure.eof() ? 0 : structure.fieldCount();
     for (int i = 0; i < columns; ++i) {
         const ColumnInfo& column = structure.columnInfo(i);
@@ -56,7 +58,7 @@ QString groupTableStatement(const QString& groupTable, const Connection& reposit
                             .arg(int(column.type)));
         if (i > 0)
             statement += u',';
-        statement += u'[' + column.name + QStringLiteral("] ") + *type;
+        statement += bracketedName(column.name) + u' ' + *type;
     }
     structure.close();
     return statement + QStringLiteral(");");
@@ -109,16 +111,16 @@ bool CreatePortableTables(const QString& databasePath, const QString& groupTable
         Connection portable;
         portable.open(portableConnectionText(databasePath));
         portable.execute(groupTableStatement(groupTable, repository));
-        portable.execute(QStringLiteral("CREATE UNIQUE INDEX pk_index ON ") + groupTable +
-                         QStringLiteral(" (itemid) WITH PRIMARY;"));
+        portable.execute(QStringLiteral("CREATE UNIQUE INDEX pk_index ON ") +
+                         bracketedName(groupTable) + QStringLiteral(" (itemid) WITH PRIMARY;"));
         for (const QString& statement : fixedTableStatements())
             portable.execute(statement);
         for (const QString& entry : hintTables) {
             const qsizetype equals = entry.indexOf(u'=');
             const QString table = equals < 0 ? entry : entry.left(equals);
             const QString column = equals < 0 ? QString() : entry.mid(equals + 1);
-            portable.execute(QStringLiteral("CREATE TABLE ") + table + QStringLiteral("([") +
-                             column + QStringLiteral("] VARCHAR(20));"));
+            portable.execute(QStringLiteral("CREATE TABLE ") + bracketedName(table) + u'(' +
+                             bracketedName(column) + QStringLiteral(" VARCHAR(20));"));
         }
         portable.close();
         return true;

@@ -4,6 +4,7 @@
 #include "data/Error.h"
 #include "data/Field.h"
 #include "data/RowAppender.h"
+#include "data/SqlQuoting.h"
 #include "data/recordset/WriteTarget.h"
 #include "portable/PortableDatabase.h"
 #include "session/Conversions.h"
@@ -89,8 +90,8 @@ Recordset PortableRows::openTable(const QString& table) const {
 
 void PortableRows::addGroup() {
     Recordset group;
-    group.open(QStringLiteral("select * from KTGroup where [Name] = '") + m_groupTable +
-                   QStringLiteral("'"),
+    group.open(QStringLiteral("select * from KTGroup where [Name] = ") +
+                   sqlTextLiteral(m_groupTable),
                m_repository);
     if (group.eof())
         return;

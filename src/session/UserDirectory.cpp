@@ -3,6 +3,7 @@
 #include "data/Connection.h"
 #include "data/Error.h"
 #include "data/Recordset.h"
+#include "data/SqlQuoting.h"
 #include "session/Conversions.h"
 #include "session/UiServices.h"
 
@@ -11,8 +12,8 @@ namespace vx {
 qint32 userIdForName(const Connection& connection, const QString& userName) {
     try {
         Recordset users;
-        users.open(QStringLiteral("select * from KTUsers where username = '") + userName +
-                       QLatin1Char('\''),
+        users.open(QStringLiteral("select * from KTUsers where username = ") +
+                       sqlTextLiteral(userName),
                    connection, CursorType::Keyset, LockType::Optimistic, CommandType::Text);
         if (users.eof())
             throw Error(ErrorNumber::NoCurrentRecord,

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+namespace vx {
+
+// Values read from a repository row put into SQL text. Rows are data anyone with the
+// repository's credentials can write, so a value never becomes structure.
+
+// A text literal: between apostrophes, an apostrophe inside doubled. A null character (where
+// the engines end a statement's text) is refused with vx::Error.
+QString sqlTextLiteral(const QString& text);
+
+// "[name]". Brackets cannot hold "]" (nor, on the engines' side, a null character), so a name
+// holding one, or a control character, is refused with vx::Error naming it.
+QString bracketedName(const QString& name);
+
+} // namespace vx
