@@ -10,7 +10,8 @@ seconds=${1:-60}
 shift || true
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(connection_text private_profile form_definition sql_dialect value_conversions dbf_writer)
+  targets=(connection_text private_profile form_definition sql_dialect value_conversions dbf_writer
+    query_restriction)
 fi
 scripts/bootstrap.sh
 build=${VX_FUZZ_BUILD_DIR:-build-fuzz}

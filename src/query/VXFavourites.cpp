@@ -14,6 +14,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cmath>
 
 namespace vx {
@@ -41,6 +42,22 @@ bool isNumeric(const QString& text) {
 // A list key may not be a number, so numeric names carry a prefix.
 QString keyOf(const QString& name) {
     return isNumeric(name) ? NumericKeyPrefix + name : name;
+}
+
+// The positions 1 to `total` the section holds, in order. The count is only a stored number:
+// a section saying "Total=2000000000" must not mean two billion reads.
+QList<qint32> storedPositions(const QString& section, qint32 total) {
+    QList<qint32> positions;
+    const QHash<QString, QString> stored = getSectionSettings(section);
+    for (auto entry = stored.cbegin(); entry != stored.cend(); ++entry) {
+        bool isNumber = false;
+        const qint32 position = entry.key().toInt(&isNumber);
+        if (isNumber && position >= 1 && position <= total &&
+            QString::number(position) == entry.key())
+            positions << position;
+    }
+    std::sort(positions.begin(), positions.end());
+    return positions;
 }
 
 QString nameOf(const QString& key) {
@@ -190,7 +207,7 @@ bool VXFavourites::Init(QString& sGroup) {
         const qint32 total =
             toInt32(getSetting(sGroup, QStringLiteral("Total"), QStringLiteral("0")));
         d->currentGroup = sGroup;
-        for (qint32 position = 1; position <= total; ++position) {
+        for (const qint32 position : storedPositions(sGroup, total)) {
             key = getSetting(sGroup, QString::number(position));
             name = nameOf(key);
             queryText.clear();

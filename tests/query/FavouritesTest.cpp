@@ -221,3 +221,22 @@ TEST_F(FavouritesTest, UnreadableStoreIsReportedWithTheEntryBeingLoaded) {
 }
 
 } // namespace
+
+namespace {
+
+// The count is a stored number anyone can edit: a huge one must not mean that many reads (the
+// load would take hours), and positions beyond the entries present still load in order.
+TEST_F(FavouritesTest, AHugeStoredTotalLoadsOnlyThePositionsPresent) {
+    saveSetting(group, "Total", "2000000000");
+    saveSetting(group, "7", "Later");
+    saveSetting(group, "Later", "SELECT 7");
+    saveSetting(group, "1", "First");
+    saveSetting(group, "First", "SELECT 1");
+    saveSetting(group, "0", "Zero"); // not a position
+    saveSetting(group, "Zero", "SELECT 0");
+    EXPECT_TRUE(init(group));
+    EXPECT_EQ(names(), QStringList({"First", "Later"}));
+    EXPECT_TRUE(environment.ui().prompts().isEmpty());
+}
+
+} // namespace
