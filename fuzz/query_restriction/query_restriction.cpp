@@ -56,7 +56,7 @@ bool restrictionHolds(const QString& restricted, qint16 userId) {
                                             "UserID = %1)")
                                  .arg(userId);
         QString start;
-        for (const QString item : {QStringLiteral("itemid"), QStringLiteral("ktitem.itemid")}) {
+        for (const QString& item : {QStringLiteral("itemid"), QStringLiteral("ktitem.itemid")}) {
             if (tail.startsWith(QStringLiteral("WHERE ") + item + rule))
                 start = QStringLiteral("WHERE ") + item + rule;
         }

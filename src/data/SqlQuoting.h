@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <VXUILib/vxdata_export.h>
 
 namespace vx {
 
@@ -9,10 +10,10 @@ namespace vx {
 
 // A text literal: between apostrophes, an apostrophe inside doubled. A null character (where
 // the engines end a statement's text) is refused with vx::Error.
-QString sqlTextLiteral(const QString& text);
+VXDATA_EXPORT QString sqlTextLiteral(const QString& text);
 
 // "[name]". Brackets cannot hold "]" (nor, on the engines' side, a null character), so a name
 // holding one, or a control character, is refused with vx::Error naming it.
-QString bracketedName(const QString& name);
+VXDATA_EXPORT QString bracketedName(const QString& name);
 
 } // namespace vx

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <VXUILib/vxuilib_export.h>
 #include <optional>
 
 namespace vx {
@@ -12,19 +13,19 @@ namespace vx {
 // through a path the name spells.
 
 // Why `name` is not a plain file name; empty when it is one.
-QString storedNameProblem(const QString& name);
+VXUILIB_EXPORT QString storedNameProblem(const QString& name);
 
 // The path of `name` inside `folder`, when the name is plain and the path stays in the folder.
-std::optional<QString> pathInsideFolder(const QString& folder, const QString& name);
+VXUILIB_EXPORT std::optional<QString> pathInsideFolder(const QString& folder, const QString& name);
 
 // Why the document file at `path` must not be read; empty when it may. A file that is a
 // symbolic link leading out of its own folder was planted to make a copy read someone else's
 // file.
-QString documentFileProblem(const QString& path);
+VXUILIB_EXPORT QString documentFileProblem(const QString& path);
 
 // The names one operation writes into a folder: a name that differs from an earlier one only
 // in case would replace that file on a file system that ignores case.
-class FolderNames {
+class VXUILIB_EXPORT FolderNames {
 public:
     // False when a different earlier name folds to the same one; the same name again is no
     // collision (it names the same file).
@@ -35,7 +36,7 @@ private:
 };
 
 // Documents an operation skipped for their stored names, told to the user once at its end.
-class SkippedDocuments {
+class VXUILIB_EXPORT SkippedDocuments {
 public:
     // `reason` defaults to what is wrong with the stored name.
     void add(qint32 itemId, const QString& storedName, const QString& reason = {});
