@@ -6,6 +6,7 @@
 
 #include <QDate>
 #include <QDir>
+#include <QFile>
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QtEndian>
@@ -208,4 +209,40 @@ TEST_F(DbfDriverTest, RefusesWhatItCannotWriteAndKeepsTheTableWhole) {
     Connection noFolder;
     EXPECT_THROW(noFolder.open(foxProConnectionText(path(u"absent"_s))), Error);
     EXPECT_THROW(noFolder.open(u"Provider=MSDASQL.1;SourceDB="_s + folder.path()), Error);
+}
+
+// A table handed over by someone else: a memo claiming more bytes than its file holds is
+// refused with its block named, before any room is taken for it.
+TEST_F(DbfDriverTest, AMemoLongerThanItsFileIsRefused) {
+    connection.execute(u"CREATE TABLE Notes(n NUMERIC,m MEMO);"_s);
+    Recordset table;
+    table.open(u"select * from Notes"_s, connection, CursorType::Keyset, LockType::Optimistic);
+    table.addNew();
+    table.setValue(u"n"_s, 1);
+    table.setValue(u"m"_s, u"short"_s);
+    table.update();
+    table.close();
+    connection.close();
+
+    for (const quint32 claimed : {quint32(1000), quint32(0x7ffffff0), quint32(0xffffffff)}) {
+        QFile memo(path(u"Notes.fpt"_s));
+        ASSERT_TRUE(memo.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(memo.seek(512 + 4)); // the first memo's length, after the header
+        uchar length[4];
+        qToBigEndian(claimed, length);
+        ASSERT_EQ(memo.write(reinterpret_cast<const char*>(length), 4), 4);
+        memo.close();
+
+        Connection again;
+        again.open(foxProConnectionText(folder.path()));
+        Recordset reread;
+        try {
+            reread.open(u"select * from Notes"_s, again, CursorType::Keyset, LockType::ReadOnly);
+            ADD_FAILURE() << claimed << " bytes read from a memo file of 576";
+        } catch (const Error& error) {
+            EXPECT_TRUE(error.description().contains(
+                u"the memo at block 8 claims %1 bytes, more than the file holds"_s.arg(claimed)))
+                << error.description().toStdString();
+        }
+    }
 }

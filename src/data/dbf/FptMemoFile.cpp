@@ -154,6 +154,15 @@ QByteArray FptMemoFile::read(quint32 block) {
     if (header.size() < 8)
         throw fileError(m_file, QStringLiteral("read"));
     const quint32 length = qFromBigEndian<quint32>(header.constData() + 4);
+    // The length is the file's word: reading takes room for all of it before looking, so a
+    // damaged or crafted one could ask for gigabytes.
+    if (qint64(length) > m_file.size() - m_file.pos())
+        throw Error(ErrorNumber::Unspecified,
+                    QStringLiteral("Cannot read the memo file '%1': the memo at block %2 claims "
+                                   "%3 bytes, more than the file holds.")
+                        .arg(m_file.fileName())
+                        .arg(block)
+                        .arg(length));
     const QByteArray text = m_file.read(length);
     if (text.size() != qsizetype(length))
         throw fileError(m_file, QStringLiteral("read"));
