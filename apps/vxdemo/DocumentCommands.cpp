@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QDir>
+#include <QFileInfo>
 #include <QWidget>
 
 namespace vx::demo {
@@ -150,6 +151,8 @@ void DocumentCommands::run(const Command& command) {
     m_ui.clearAnswers();
     bool succeeded = false;
     int selected = 0;
+    // File times have whole seconds on some file systems.
+    const QDateTime started = QDateTime::currentDateTime().addSecs(-1);
     try {
         // The control adds the current row when nothing is selected.
         selected = qMax(1, int(readMember(m_hitList, "SelectedItems").toList().size()));
@@ -164,13 +167,14 @@ void DocumentCommands::run(const Command& command) {
     m_running = false;
     updateEnabled();
     const int count = m_auditItems.isEmpty() ? selected : int(m_auditItems.size());
-    emit statusMessage(outcome(command, succeeded, count));
+    emit statusMessage(outcome(command, succeeded, count, started));
     if (succeeded && (command.name == u"updateVolume" || command.name == u"markForDeletion" ||
                       command.name == u"moveDocuments"))
         emit resultsChanged();
 }
 
-QString DocumentCommands::outcome(const Command& command, bool succeeded, int count) const {
+QString DocumentCommands::outcome(const Command& command, bool succeeded, int count,
+                                  const QDateTime& started) const {
     const QString folder = native(m_ui.lastFolder());
     const QString name = m_ui.lastInput();
     if (command.name == u"exportTable")
@@ -178,10 +182,18 @@ QString DocumentCommands::outcome(const Command& command, bool succeeded, int co
                                .arg(documents(count),
                                     native(QDir(folder).filePath(name + QStringLiteral(".dbf"))))
                          : tr("Nothing was exported.");
-    if (command.name == u"saveAsText")
-        return succeeded ? tr("Saved %1 as text to %2.")
-                               .arg(documents(count), native(QDir(folder).filePath(name)))
-                         : tr("No text file was written.");
+    if (command.name == u"saveAsText") {
+        const QString path = QDir(folder).filePath(name);
+        if (succeeded)
+            return tr("Saved %1 as text to %2.").arg(documents(count), native(path));
+        // The file is written before it is handed on to be opened or printed, which may fail.
+        const QFileInfo written(path);
+        if (!folder.isEmpty() && !name.isEmpty() && written.isFile() &&
+            written.lastModified() >= started)
+            return tr("Saved %1 as text to %2; it could not be opened or printed.")
+                .arg(documents(count), native(path));
+        return tr("No text file was written.");
+    }
     if (command.name == u"portableExport")
         return succeeded ? tr("Exported %1 for the viewer to %2.")
                                .arg(documents(count), afterColon(m_auditDescription))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -47,7 +48,9 @@ signals:
 private:
     struct Command;
     void run(const Command& command);
-    QString outcome(const Command& command, bool succeeded, int documents) const;
+    // `started`: when the command began; a file written since then counts as written.
+    QString outcome(const Command& command, bool succeeded, int documents,
+                    const QDateTime& started) const;
     void updateEnabled();
 
     QPointer<QWidget> m_hitList;
