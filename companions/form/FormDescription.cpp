@@ -2,6 +2,7 @@
 
 #include "data/Error.h"
 #include "session/FormDefinition.h"
+#include "session/ShownText.h"
 #include "session/XmlShape.h"
 
 #include <QDir>
@@ -21,6 +22,29 @@ int numberOf(const QString& text) {
     bool ok = false;
     const int number = text.trimmed().toInt(&ok);
     return ok && number > 0 ? number : 0;
+}
+
+// Table and column names go into the form's SQL as they stand, so a definition someone else
+// wrote may name only plain identifiers there.
+bool isPlainIdentifier(const QString& name) {
+    if (name.isEmpty() || name.size() > 128 || name.front().isDigit())
+        return false;
+    for (const QChar c : name) {
+        if (!(c.isLetterOrNumber() || c == u'_') || c.unicode() > 0x7f)
+            return false;
+    }
+    return true;
+}
+
+void requirePlainName(const QString& name, const QString& what, const QString& field,
+                      const QString& path) {
+    if (name.isEmpty() || isPlainIdentifier(name))
+        return;
+    throw Error(
+        ErrorNumber::InvalidArgument,
+        QStringLiteral("The form definition \"%1\" is refused: the %2 \"%3\" of the "
+                       "field \"%4\" is not a plain name (letters, digits and \"_\").")
+            .arg(QDir::toNativeSeparators(path), what, shownText(name, 60), shownText(field, 60)));
 }
 
 } // namespace
@@ -65,6 +89,11 @@ FormDescription FormDescription::fromText(const QString& xml, const QString& pat
         field.length = numberOf(control.value(QStringLiteral("length")));
         field.initTableName = control.value(QStringLiteral("inittablename")).trimmed();
         field.initColumnName = control.value(QStringLiteral("initcolumnname")).trimmed();
+        const QString label = field.caption.isEmpty() ? control.columnName : field.caption;
+        requirePlainName(field.columnName, QStringLiteral("column"), label, path);
+        requirePlainName(field.tableName, QStringLiteral("table"), label, path);
+        requirePlainName(field.initTableName, QStringLiteral("list table"), label, path);
+        requirePlainName(field.initColumnName, QStringLiteral("list column"), label, path);
         form.fields.append(field);
     }
 
@@ -86,6 +115,11 @@ FormDescription FormDescription::fromText(const QString& xml, const QString& pat
     }
     if (form.groupTable.isEmpty())
         form.groupTable = QFileInfo(path).completeBaseName();
+    if (!isPlainIdentifier(form.groupTable))
+        throw Error(ErrorNumber::InvalidArgument,
+                    QStringLiteral("The form definition \"%1\" is refused: its group table "
+                                   "\"%2\" is not a plain name (letters, digits and \"_\").")
+                        .arg(QDir::toNativeSeparators(path), shownText(form.groupTable, 60)));
     return form;
 }
 

@@ -5,6 +5,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -203,4 +204,40 @@ TEST_F(DynaFormTest, SampleFormRendersWithAlignedLabelsAndEditors) {
         EXPECT_LE(std::abs(label->geometry().center().y() - firstLine), 1) << column.toStdString();
         previousBottom = editor->geometry().bottom();
     }
+}
+
+// A definition someone else wrote names its columns and tables into the form's SQL: only plain
+// names load, and the refusal shows the name escaped.
+TEST_F(DynaFormTest, DefinitionsNamingMoreThanAColumnAreRefused) {
+    QFile sampleForm(sample.queryFormPath());
+    ASSERT_TRUE(sampleForm.open(QIODevice::ReadOnly));
+    const QString original = QString::fromUtf8(sampleForm.readAll());
+    const struct {
+        QString from;
+        QString to;
+    } cases[] = {
+        {"<columnname>Customer<", "<columnname>Customer = Customer OR Invoices.Status<"},
+        {"<columnname>Status<", "<columnname>Status) OR (1=1<"},
+        {"<tablename>Invoices<", "<tablename>Invoices, KTSecurity<"},
+        {"<inittablename>Invoices<", "<inittablename>KTUsers -- <"},
+        {"<initcolumnname>InvoiceNo<", "<initcolumnname>InvoiceNo\u202eon<"},
+        {"<columnname>Notes<", "<columnname>[Notes]<"},
+    };
+    auto& ui = environment.ui();
+    for (const auto& [from, to] : cases) {
+        ASSERT_TRUE(original.contains(from)) << from.toStdString();
+        QString text = original;
+        text.replace(text.indexOf(from), from.size(), to);
+        QString path = environment.writeFile("hostile.xqr", text.toUtf8());
+        ui.clearPrompts();
+        ui.answerMessage(MessageAnswer::Ok);
+        EXPECT_FALSE(form.LoadForm(path)) << to.toStdString();
+        ASSERT_EQ(ui.prompts().size(), 1) << to.toStdString();
+        EXPECT_TRUE(ui.prompts().at(0).text.contains("is not a plain name"))
+            << ui.prompts().at(0).text.toStdString();
+        EXPECT_FALSE(ui.prompts().at(0).text.contains(QChar(0x202e)));
+        EXPECT_EQ(form.fieldCount(), 0);
+    }
+    QString plain = sample.queryFormPath();
+    EXPECT_TRUE(form.LoadForm(plain));
 }

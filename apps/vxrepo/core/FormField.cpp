@@ -1,6 +1,7 @@
 #include "core/FormField.h"
 
 #include "data/Error.h"
+#include "session/ShownText.h"
 
 #include <QRegularExpression>
 
@@ -73,7 +74,7 @@ void validateField(const FormField& field, const QString& formName) {
         throw Error(ErrorNumber::InvalidArgument,
                     where + QStringLiteral("column name '%1' must start with a letter and hold "
                                            "only letters, digits and '_'.")
-                                .arg(field.columnName));
+                                .arg(shownText(field.columnName)));
     if (field.columnName.compare(QLatin1String("itemid"), Qt::CaseInsensitive) == 0)
         throw Error(ErrorNumber::InvalidArgument,
                     where + QStringLiteral("'itemid' is the group table's key and cannot be a "
