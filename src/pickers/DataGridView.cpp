@@ -1,6 +1,9 @@
 #include "pickers/DataGridView.h"
 
+#include <QAction>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
+#include <QMenu>
 
 namespace vx {
 
@@ -33,6 +36,28 @@ void DataGridView::keyPressEvent(QKeyEvent* event) {
         break;
     }
     QTableView::keyPressEvent(event);
+}
+
+void DataGridView::contextMenuEvent(QContextMenuEvent* event) {
+    const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
+    const QModelIndex index = byMouse ? indexAt(event->pos()) : currentIndex();
+    if (!index.isValid() || state() == EditingState)
+        return;
+    setCurrentIndex(index);
+    if (!m_rowMenu) {
+        m_rowMenu = new QMenu(this);
+        m_rowMenu->setObjectName(QStringLiteral("rowMenu"));
+        QAction* remove = m_rowMenu->addAction(tr("&Delete Row"));
+        remove->setObjectName(QStringLiteral("deleteRow"));
+        connect(remove, &QAction::triggered, this, [this] {
+            if (m_menuRow >= 0)
+                emit deleteRowRequested(m_menuRow);
+        });
+    }
+    m_menuRow = index.row();
+    const QPoint at =
+        byMouse ? event->globalPos() : viewport()->mapToGlobal(visualRect(index).bottomLeft());
+    m_rowMenu->popup(at);
 }
 
 void DataGridView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {

@@ -9,7 +9,9 @@
 #include "support/TestEnvironment.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QTableView>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -146,6 +148,22 @@ TEST_F(DictionaryTest, DeleteAsksAndOnlyYesRemovesTheRow) {
     // The empty new row has nothing to delete and asks nothing.
     pressDeleteOn(rows() - 1);
     EXPECT_EQ(environment.ui().prompts().size(), 2);
+
+    // Without the keyboard: the right button's menu deletes the row under the mouse, once asked.
+    grid->setCurrentIndex(grid->model()->index(3, 0));
+    const QPoint cellCentre = grid->visualRect(grid->model()->index(0, 0)).center();
+    QContextMenuEvent rightClick(QContextMenuEvent::Mouse, cellCentre,
+                                 grid->viewport()->mapToGlobal(cellCentre));
+    QApplication::sendEvent(grid->viewport(), &rightClick);
+    auto* menu = grid->findChild<QMenu*>("rowMenu");
+    ASSERT_NE(menu, nullptr);
+    EXPECT_TRUE(menu->isVisible());
+    menu->hide();
+    environment.ui().answerMessage(MessageAnswer::Yes);
+    menu->actions().first()->trigger();
+    EXPECT_EQ(environment.ui().prompts().size(), 3);
+    remaining.removeAt(0);
+    EXPECT_EQ(tableWords(), remaining);
 }
 
 TEST_F(DictionaryTest, InitFailureLeavesTheGridUnboundAndDoneIsAlwaysQuiet) {
