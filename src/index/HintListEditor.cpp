@@ -3,6 +3,8 @@
 #include "data/Error.h"
 #include "data/Recordset.h"
 #include "data/model/RecordsetModel.h"
+#include "pickers/DataGridView.h"
+#include "pickers/NewRowProxyModel.h"
 #include "session/FormDefinition.h"
 #include "session/Schema.h"
 #include "session/UiServices.h"
@@ -10,8 +12,6 @@
 
 #include <QComboBox>
 #include <QHeaderView>
-#include <QKeyEvent>
-#include <QTableView>
 
 namespace vx {
 
@@ -32,8 +32,9 @@ struct HintListEditor::Private {
     std::function<QString()> groupCaption;
     std::function<Connection()> connection;
     QComboBox* fields = nullptr;
-    QTableView* grid = nullptr;
+    DataGridView* grid = nullptr;
     RecordsetModel* model = nullptr;
+    NewRowProxyModel* rows = nullptr; // the model plus an empty row that adds a hint
     Recordset hints;
     bool hintsOpen = false;
 };
@@ -48,12 +49,19 @@ HintListEditor::HintListEditor(VXDynaForm* form, std::function<QString()> groupC
     d->fields->setObjectName(QStringLiteral("cbFields"));
     d->fields->setPlaceholderText(QStringLiteral("Select a field for editing"));
     d->fields->setMinimumWidth(260);
-    d->grid = new QTableView(this);
+    // A data grid: Enter moves down, the empty last row adds a hint, Delete (or the right
+    // button's menu) removes one.
+    d->grid = new DataGridView(this);
     d->grid->setObjectName(QStringLiteral("Hints"));
     d->grid->horizontalHeader()->setStretchLastSection(true);
-    d->grid->installEventFilter(this);
+    d->grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    d->grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    d->grid->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
+                             QAbstractItemView::AnyKeyPressed);
     d->model = new RecordsetModel(this);
-    d->grid->setModel(d->model);
+    d->rows = new NewRowProxyModel(d->model, this);
+    d->grid->setModel(d->rows);
+    connect(d->grid, &DataGridView::deleteRowRequested, this, &HintListEditor::confirmDelete);
     connect(d->model, &RecordsetModel::errorOccurred, this,
             [this](const QString& description, qint32) {
                 ui().messageBox(description, MessageStyle::OkOnly | MessageStyle::Critical,
@@ -186,20 +194,13 @@ void HintListEditor::resizeEvent(QResizeEvent* event) {
         d->grid->resize(qMax(0, width() - 2 * Margin), d->grid->height());
 }
 
-bool HintListEditor::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == d->grid && event->type() == QEvent::KeyPress) {
-        auto* key = static_cast<QKeyEvent*>(event);
-        // Enter moves down a row, as data entry in a list expects.
-        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
-            const QModelIndex current = d->grid->currentIndex();
-            const int row = current.isValid() ? current.row() + 1 : 0;
-            const int column = current.isValid() ? current.column() : 0;
-            if (row < d->model->rowCount())
-                d->grid->setCurrentIndex(d->model->index(row, column));
-            return true;
-        }
-    }
-    return QWidget::eventFilter(watched, event);
+void HintListEditor::confirmDelete(int row) {
+    if (row < 0 || row >= d->model->rowCount())
+        return; // the empty new row holds nothing to delete
+    if (ui().messageBox(QStringLiteral("Delete Current Row?"),
+                        MessageStyle::YesNo | MessageStyle::Question,
+                        QString()) == MessageAnswer::Yes)
+        d->model->removeRows(row, 1); // a failure comes back through the model's error signal
 }
 
 } // namespace vx

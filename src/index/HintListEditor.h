@@ -37,10 +37,10 @@ public:
 protected:
     void focusInEvent(QFocusEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void editHintsOfChosenField();
+    void confirmDelete(int row);
 
     struct Private;
     std::unique_ptr<Private> const d;

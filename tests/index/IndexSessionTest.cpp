@@ -1,4 +1,5 @@
 #include "IndexFixture.h"
+#include "portable/QueryRows.h"
 #include "session/GroupConnection.h"
 #include "session/LibraryState.h"
 #include "session/SystemFolder.h"
@@ -135,6 +136,26 @@ TEST_F(IndexSessionTest, HintGridEditsTheChosenFieldsTableAndHidesSilentlyWhenMi
     hintGrid()->setCurrentIndex(model->index(0, 0));
     QTest::keyClick(hintGrid(), Qt::Key_Return);
     EXPECT_EQ(hintGrid()->currentIndex().row(), 1);
+
+    // The empty last row adds a hint; Delete asks first and only Yes removes one.
+    const auto hints = [&] {
+        return rowsOf(openRepository(),
+                      "Select Customer from InvoicesCustomerHints order by Customer");
+    };
+    const int stored = int(hints().size());
+    ASSERT_EQ(model->rowCount(), stored + 1);
+    ASSERT_TRUE(model->setData(model->index(stored, 0), "ZZZ Added"));
+    EXPECT_EQ(hints().size(), stored + 1);
+    EXPECT_EQ(hints().last(), "ZZZ Added");
+    for (const MessageAnswer answer : {MessageAnswer::No, MessageAnswer::Yes}) {
+        environment.ui().answerMessage(answer);
+        hintGrid()->setCurrentIndex(model->index(0, 0));
+        QTest::keyClick(hintGrid(), Qt::Key_Delete);
+    }
+    EXPECT_EQ(environment.ui().messageTexts(),
+              (QStringList{"Delete Current Row?", "Delete Current Row?"}));
+    EXPECT_EQ(hints().size(), stored);
+    EXPECT_FALSE(hints().contains("AAA Test"));
 
     // Without the table the grid goes away and nobody is told.
     openRepository().execute("DROP TABLE InvoicesCustomerHints");
