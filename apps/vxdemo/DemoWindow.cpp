@@ -8,8 +8,10 @@
 #include "SearchPage.h"
 #include "core/SampleBuilder.h"
 #include "data/Error.h"
+#include "operations/StoredFileName.h"
 #include "server/LateBinding.h"
 #include "session/PrivateProfile.h"
+#include "session/ShownText.h"
 #include "session/SystemFolder.h"
 #include "session/UiServices.h"
 
@@ -258,7 +260,12 @@ void DemoWindow::openFile(const QString& file, const QString& volume) {
     Q_UNUSED(volume)
     const QString path = locateDocument(0, file);
     if (path == DocumentLocator::NotFound) {
-        showStatus(tr("The file %1 is in none of the repository's document folders.").arg(file));
+        showStatus(tr("The file %1 is in none of the repository's document folders.")
+                       .arg(shownText(file)));
+        return;
+    }
+    if (const QString problem = openingProblem(path); !problem.isEmpty()) {
+        showStatus(tr("%1 is not opened: %2.").arg(QDir::toNativeSeparators(path), problem));
         return;
     }
     m_openedFiles << path;

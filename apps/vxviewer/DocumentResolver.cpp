@@ -99,6 +99,10 @@ DocumentResolver::Location DocumentResolver::locate(const QString& storedName,
     const QString path = documentIn(folder, name);
     if (const QString problem = documentFileProblem(path); !problem.isEmpty())
         return {{}, QStringLiteral("The file %1 is not opened: %2.").arg(native(path), problem)};
+    if (const QString problem = openingProblem(path); !problem.isEmpty())
+        return {
+            {},
+            QStringLiteral("The file %1 is not opened: %2.").arg(native(shownText(path)), problem)};
     if (!QFileInfo(path).isFile())
         return {{},
                 QStringLiteral("The file %1 is missing from the volume %2.")

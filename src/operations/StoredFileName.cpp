@@ -77,6 +77,31 @@ QString documentFileProblem(const QString& path) {
     return {};
 }
 
+QString openingProblem(const QString& path) {
+    // Types the desktops of either platform run, or hand to an interpreter, when opened.
+    static const QStringList programs{
+        QStringLiteral("exe"),        QStringLiteral("com"),      QStringLiteral("bat"),
+        QStringLiteral("cmd"),        QStringLiteral("scr"),      QStringLiteral("pif"),
+        QStringLiteral("cpl"),        QStringLiteral("msi"),      QStringLiteral("msp"),
+        QStringLiteral("lnk"),        QStringLiteral("url"),      QStringLiteral("hta"),
+        QStringLiteral("js"),         QStringLiteral("jse"),      QStringLiteral("vbs"),
+        QStringLiteral("vbe"),        QStringLiteral("wsf"),      QStringLiteral("wsh"),
+        QStringLiteral("ps1"),        QStringLiteral("psm1"),     QStringLiteral("reg"),
+        QStringLiteral("jar"),        QStringLiteral("desktop"),  QStringLiteral("sh"),
+        QStringLiteral("run"),        QStringLiteral("appimage"), QStringLiteral("py"),
+        QStringLiteral("pl"),         QStringLiteral("command"),  QStringLiteral("app"),
+        QStringLiteral("library-ms"), QStringLiteral("scf"),      QStringLiteral("inf")};
+    const QFileInfo file(path);
+    // Windows ignores trailing dots and blanks: "x.exe." runs as "x.exe".
+    QString name = file.fileName();
+    while (name.endsWith(u'.') || name.endsWith(u' '))
+        name.chop(1);
+    const QString suffix = name.section(u'.', -1).toLower();
+    if (name.contains(u'.') && programs.contains(suffix))
+        return QStringLiteral("a file of type \".%1\" runs as a program when opened").arg(suffix);
+    return {};
+}
+
 bool FolderNames::claim(const QString& name) {
     const QString folded = name.normalized(QString::NormalizationForm_C).toCaseFolded();
     const auto claimed = m_byFolded.constFind(folded);

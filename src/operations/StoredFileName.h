@@ -23,6 +23,11 @@ VXUILIB_EXPORT std::optional<QString> pathInsideFolder(const QString& folder, co
 // file.
 VXUILIB_EXPORT QString documentFileProblem(const QString& path);
 
+// Why the document file at `path` is not handed to the desktop to open; empty when it may be.
+// Opening runs whatever the desktop runs for the file's type: a stored name ending in ".exe",
+// ".desktop" or ".lnk" would run a program someone put into the repository.
+VXUILIB_EXPORT QString openingProblem(const QString& path);
+
 // The names one operation writes into a folder: a name that differs from an earlier one only
 // in case would replace that file on a file system that ignores case.
 class VXUILIB_EXPORT FolderNames {

@@ -36,6 +36,18 @@ TEST(HostileStoredNames, NamesThatMeanAnotherFileSomewhereAreRefused) {
         EXPECT_TRUE(storedNameProblem(name).isEmpty()) << shownText(name).toStdString();
 }
 
+TEST(HostileStoredNames, ProgramsAreNotHandedToTheDesktopToOpen) {
+    for (const char* name :
+         {"invoice.pdf.exe", "SCAN.EXE", "x.exe.", "x.exe . ", "run.desktop", "shortcut.lnk",
+          "macro.vbs", "setup.msi", "tool.jar", "a.ps1", "install.sh", "page.hta"})
+        EXPECT_FALSE(openingProblem(QStringLiteral("/store/") + QLatin1String(name)).isEmpty())
+            << name;
+    for (const char* name :
+         {"report.pdf", "notes.txt", "archive.tar.gz", "exe", "scan.tif", "exe.pdf", "letter.docx"})
+        EXPECT_TRUE(openingProblem(QStringLiteral("/store/") + QLatin1String(name)).isEmpty())
+            << name;
+}
+
 TEST(HostileStoredNames, MessagesShowEscapesAndCutLongValues) {
     const struct {
         QString value;
