@@ -11,6 +11,7 @@
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -134,9 +135,16 @@ QStringList MediaDialog::mediaItems() {
 
 bool MediaDialog::eventFilter(QObject* watched, QEvent* event) {
     if (watched == m_mediaType) {
-        // The pick list is chosen from, never typed into.
-        if (event->type() == QEvent::KeyPress)
-            return true;
+        // The pick list is chosen from, never typed into: characters are refused, while the
+        // arrows, Tab, Enter and Escape still choose, move on, accept and cancel.
+        if (event->type() == QEvent::KeyPress) {
+            const auto* key = static_cast<QKeyEvent*>(event);
+            const bool editing = key->key() == Qt::Key_Backspace || key->key() == Qt::Key_Delete;
+            const bool character = !key->text().isEmpty() && key->text().front().isPrint() &&
+                                   !(key->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+            if (editing || character)
+                return true;
+        }
         if (event->type() == QEvent::KeyRelease)
             applyFieldRules();
     }

@@ -55,8 +55,20 @@ TEST_F(MediaDialogTest, EachMediumSetsItsFieldsAndTheListIsNotTyped) {
     mediaType()->setCurrentIndex(3);
     EXPECT_EQ(fields(), "+ Veltran+ 0000-");
 
-    QTest::keyClick(mediaType(), Qt::Key_Up);
+    // Characters are refused; the arrows choose and Tab moves on, as without a mouse.
+    dialog.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    mediaType()->setFocus();
     QTest::keyClick(mediaType(), Qt::Key_F);
+    QTest::keyClick(mediaType(), Qt::Key_Backspace);
+    EXPECT_EQ(mediaType()->currentIndex(), 3);
+    QTest::keyClick(mediaType(), Qt::Key_Up);
+    EXPECT_EQ(mediaType()->currentIndex(), 2);
+    EXPECT_EQ(fields(), "N/A- N/A- destDrive-");
+    ASSERT_TRUE(mediaType()->hasFocus());
+    QTest::keyClick(mediaType(), Qt::Key_Tab);
+    EXPECT_FALSE(mediaType()->hasFocus());
+    QTest::keyClick(mediaType(), Qt::Key_Down);
     EXPECT_EQ(mediaType()->currentIndex(), 3);
     dialog.findChild<QCheckBox*>("chkToCD")->setChecked(true);
     EXPECT_TRUE(library().launchAuthoring);
