@@ -184,7 +184,13 @@ void SearchPane::reportFound() {
     const auto* grid = m_hitList->findChild<QAbstractItemView*>(QStringLiteral("HitList"));
     if (!m_reportFound || !grid || !grid->model())
         return;
-    const int found = grid->model()->rowCount();
+    // An empty result leaves the earlier rows on screen but no current document.
+    int found = grid->model()->rowCount();
+    try {
+        if (readMember(m_hitList, "CurrentItemID").toInt() == 0)
+            found = 0;
+    } catch (const Error&) {
+    }
     emit statusMessage(found == 0   ? tr("No documents found.")
                        : found == 1 ? tr("1 document found.")
                                     : tr("%1 documents found.").arg(found));

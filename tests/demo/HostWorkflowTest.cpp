@@ -361,6 +361,15 @@ TEST_F(HostWorkflowTest, CommandsFollowThePermissionBitsAndTheResults) {
     environment.ui().answerMessage(vx::MessageAnswer::Yes);
     toolbarButton("Delete")->trigger();
     EXPECT_EQ(status(), "Marked 1 document for deletion.");
+
+    // A search that finds nothing leaves the earlier rows on screen, but nothing to work on.
+    environment.ui().answerMessage(vx::MessageAnswer::Ok);
+    searchFor({{"Customer", "Nobody by this name"}});
+    EXPECT_EQ(environment.ui().messageTexts().last(), "No results found.");
+    EXPECT_GT(rows(), 0);
+    EXPECT_EQ(status(), "No documents found.");
+    for (const char* name : all)
+        EXPECT_FALSE(menuCommand(name)->isEnabled()) << name << " after an empty result";
 }
 
 TEST_F(HostWorkflowTest, VersionsOpenOnDoubleClickOrEnterNotOnSelection) {
