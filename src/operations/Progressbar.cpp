@@ -133,7 +133,8 @@ qint16 Progressbar::value() const {
 }
 
 ProgressScope::ProgressScope(QWidget* owner, qsizetype steps, const QString& caption)
-    : m_form(&Progressbar::instance(owner)) {
+    : m_form(&Progressbar::instance(owner))
+    , m_steps(steps) {
     m_form->setWindowTitle(caption.isEmpty() ? QStringLiteral("Please Wait...") : caption);
     m_form->setMinimum(0);
     m_form->setMaximum(clamp16(steps));
@@ -146,8 +147,12 @@ ProgressScope::~ProgressScope() {
 }
 
 void ProgressScope::setValue(qsizetype position) {
-    if (m_form)
-        m_form->setValue(clamp16(position));
+    if (!m_form)
+        return;
+    constexpr qsizetype Range = std::numeric_limits<qint16>::max();
+    if (m_steps > Range)
+        position = qsizetype(double(position) * double(Range) / double(m_steps));
+    m_form->setValue(clamp16(position));
 }
 
 void ProgressScope::close() {

@@ -57,12 +57,14 @@ public:
     ProgressScope(const ProgressScope&) = delete;
     ProgressScope& operator=(const ProgressScope&) = delete;
 
-    // The 1-based position of the item reached (values past 32767 show as full).
+    // The 1-based position of the item reached. More steps than the form's 16-bit range are
+    // scaled into it, so the bar keeps moving through a large selection.
     void setValue(qsizetype position);
     void close();
 
 private:
     QPointer<Progressbar> m_form;
+    qsizetype m_steps = 0;
 };
 
 } // namespace vx

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLocale>
+#include <QWidget>
 #include <gtest/gtest.h>
 
 namespace vx::test {
@@ -136,6 +137,26 @@ TEST(MegabytesText, FollowsTheOptionalDigitFormat) {
         {4'999, "."},       {2'675'000, "2.68"}, {4'995'000, "5."}, {12'340'000, "12.34"}};
     for (const auto& [bytes, text] : cases)
         EXPECT_EQ(megabytesText(bytes), QString::fromLatin1(text)) << bytes;
+}
+
+TEST(ProgressScope, MoreStepsThanTheFormTakesAreScaledIntoItsRange) {
+    QWidget owner;
+    struct Case {
+        qsizetype steps, reached;
+        qint16 maximum, value;
+    };
+    const Case cases[] = {
+        {3, 2, 3, 2},
+        {32767, 32767, 32767, 32767},
+        {300000, 75000, 32767, 8191},
+        {300000, 300000, 32767, 32767},
+    };
+    for (const Case& c : cases) {
+        ProgressScope progress(&owner, c.steps);
+        progress.setValue(c.reached);
+        EXPECT_EQ(Progressbar::current()->maximum(), c.maximum) << c.steps;
+        EXPECT_EQ(Progressbar::current()->value(), c.value) << c.reached << " of " << c.steps;
+    }
 }
 
 } // namespace
