@@ -56,14 +56,15 @@ SearchPane::SearchPane(QWidget* parent)
     m_query->setObjectName(QStringLiteral("VXQuery1"));
     m_favourites = ControlFactory::create(QStringLiteral("VXUILib.VXFavourites"), this);
     m_favourites->setObjectName(QStringLiteral("VXFavourites1"));
-    m_hitList = ControlFactory::create(QStringLiteral("VXUILib.VXHitList"), this);
-    m_hitList->setObjectName(QStringLiteral("VXHitList1"));
-
+    // Made in the order Tab visits them: the form, the favourites, Clear and Search beneath
+    // them, then the results.
+    m_clear = new QPushButton(tr("C&lear"), this);
+    m_clear->setObjectName(QStringLiteral("clearCriteria"));
     m_search = new QPushButton(tr("&Search"), this);
     m_search->setObjectName(QStringLiteral("search"));
     m_search->setDefault(true);
-    m_clear = new QPushButton(tr("C&lear"), this);
-    m_clear->setObjectName(QStringLiteral("clearCriteria"));
+    m_hitList = ControlFactory::create(QStringLiteral("VXUILib.VXHitList"), this);
+    m_hitList->setObjectName(QStringLiteral("VXHitList1"));
 
     m_side = new QVBoxLayout;
     m_side->addWidget(new QLabel(tr("Favourites"), this));

@@ -88,7 +88,11 @@ TEST_F(DemoWindowTest, QueryHandOverFileRunsTheSearchAtOnce) {
     EXPECT_EQ(window.pages()->currentWidget(), window.indexPage());
 }
 
-TEST_F(DemoWindowTest, EachAltKeyOfAPageReachesOneThing) {
+QWidget* hitListToolbar(const DemoWindow& window) {
+    return window.searchPage()->hitListControl()->findChild<QWidget*>("tbToolbar1");
+}
+
+TEST_F(DemoWindowTest, AltKeysAreUniqueAndTabFollowsTheLayout) {
     DemoWindow window;
     ASSERT_TRUE(window.openGroup(sample.initFilePath()));
     window.show();
@@ -129,6 +133,22 @@ TEST_F(DemoWindowTest, EachAltKeyOfAPageReachesOneThing) {
                 << page->objectName().toStdString() << ": " << it.key().toStdString() << " is "
                 << it.value().join(" and ").toStdString();
     }
+
+    // Tab goes down the search page as it is laid out: favourites, Clear, Search, the results'
+    // toolbar.
+    window.pages()->setCurrentWidget(window.searchPage());
+    QWidget* favourites =
+        window.searchPage()->favouritesControl()->findChild<QWidget*>("ButtonBar");
+    ASSERT_NE(favourites, nullptr);
+    favourites->setFocus();
+    QStringList visited;
+    for (int step = 0; step < 3; ++step) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QWidget* focused = QApplication::focusWidget();
+        visited << (focused->parentWidget() == hitListToolbar(window) ? QStringLiteral("toolbar")
+                                                                      : focused->objectName());
+    }
+    EXPECT_EQ(visited, (QStringList{"clearCriteria", "search", "toolbar"}));
 
     // Alt+S on the search page presses the Search button: with no criteria, it says what is
     // missing.
