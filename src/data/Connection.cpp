@@ -202,6 +202,10 @@ Recordset Connection::openSchema(SchemaKind kind) {
                                "operation."));
 }
 
+QStringList Connection::indexNames() const {
+    return d->openDriver().indexNames();
+}
+
 Driver& Connection::driver() const {
     return d->openDriver();
 }

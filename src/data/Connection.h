@@ -84,6 +84,8 @@ public:
     /// ProviderTypes: TYPE_NAME, DATA_TYPE, COLUMN_SIZE, LITERAL_PREFIX, LITERAL_SUFFIX,
     /// BEST_MATCH.
     Recordset openSchema(SchemaKind kind);
+    /// Names of the indexes on the repository's tables.
+    QStringList indexNames() const;
 
     /// \cond internal
     // The engine behind an open connection; throws ObjectClosed otherwise.

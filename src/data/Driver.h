@@ -68,6 +68,9 @@ public:
 
     virtual QList<TableEntry> tables() = 0;
     virtual QList<ProviderTypeEntry> providerTypes() = 0;
+    // Names of the indexes on the repository's own tables, as the engine spells them (none
+    // for engines without indexes).
+    virtual QStringList indexNames() { return {}; }
 
     // Engine sequences hand out ids without waiting for other sessions' transactions, never the
     // same one twice, and do not take an id back when its transaction rolls back. Engines

@@ -269,6 +269,10 @@ QList<TableEntry> PostgresDriver::tables() {
     return readTables(d->session);
 }
 
+QStringList PostgresDriver::indexNames() {
+    return readIndexNames(d->session);
+}
+
 QList<ProviderTypeEntry> PostgresDriver::providerTypes() {
     d->session.connection();
     return postgresProviderTypes();

@@ -33,6 +33,7 @@ public:
 
     QList<TableEntry> tables() override;
     QList<ProviderTypeEntry> providerTypes() override;
+    QStringList indexNames() override;
 
     bool hasSequences() const override { return true; }
     void raiseSequence(const QString& sequence, const QString& table,

@@ -1,6 +1,7 @@
 #include "data/postgres/PostgresResultStream.h"
 
 #include "data/Error.h"
+#include "data/SqlLog.h"
 #include "data/dialect/LeadingOrder.h"
 #include "data/postgres/PostgresErrors.h"
 #include "data/postgres/PostgresResultReader.h"
@@ -32,6 +33,7 @@ bool serverOrders(Oid type) {
 
 ResultHandle describeStatement(PGconn* connection, const QByteArray& statement,
                                const QString& spelled) {
+    qCDebug(lcSql).noquote() << "postgres:" << QString::fromUtf8(statement);
     ResultHandle prepared(PQprepare(connection, "", statement.constData(), 0, nullptr));
     if (!prepared)
         throw connectionError(connection, QStringLiteral("The statement could not be sent"));

@@ -43,6 +43,15 @@ QList<TableEntry> readTables(Session& session) {
     return tables;
 }
 
+QStringList readIndexNames(Session& session) {
+    const ResultHandle result = session.run(
+        QByteArrayLiteral("SELECT indexname FROM pg_indexes WHERE schemaname = current_schema()"));
+    QStringList names;
+    for (int row = 0; row < PQntuples(result.get()); ++row)
+        names << text(result.get(), row, 0);
+    return names;
+}
+
 QList<ProviderTypeEntry> postgresProviderTypes() {
     const QString quote = QStringLiteral("'");
     const QString hash = QStringLiteral("#");

@@ -10,6 +10,7 @@ class Session;
 // catalogs (pg_catalog, information_schema) as "SYSTEM TABLE", by name without regard to case.
 // Tables carry the name they were declared with.
 QList<TableEntry> readTables(Session& session);
+QStringList readIndexNames(Session& session);
 
 // The types the repository's columns report, with the same rows and literal affixes as the
 // embedded engine for the types both have (the controls' SQL is rewritten, "#date#" included).

@@ -1,5 +1,6 @@
 #include "data/postgres/PostgresSession.h"
 
+#include "data/SqlLog.h"
 #include "data/postgres/PostgresErrors.h"
 
 #include <QLoggingCategory>
@@ -94,6 +95,7 @@ ResultHandle Session::run(const QByteArray& sql, const Parameters& parameters) {
     if (m_level > 0)
         return runPipeline({{&sql, &parameters}});
     keepStandardStrings(connection);
+    qCDebug(lcSql).noquote() << "postgres:" << QString::fromUtf8(sql);
     const auto values = parameterValues(parameters);
     ResultHandle result(PQexecParams(connection, sql.constData(), int(values.size()), nullptr,
                                      values.data(), nullptr, nullptr, 0));
@@ -131,6 +133,7 @@ ResultHandle Session::runPipeline(const std::vector<Command>& commands) {
         throw connectionError(connection, QStringLiteral("The statement could not be sent"));
     bool sent = true;
     for (const Command& command : queue) {
+        qCDebug(lcSql).noquote() << "postgres:" << QString::fromUtf8(*command.sql);
         const auto values = parameterValues(*command.parameters);
         sent = sent && PQsendQueryParams(connection, command.sql->constData(), int(values.size()),
                                          nullptr, values.data(), nullptr, nullptr, 0) == 1;
@@ -182,6 +185,7 @@ ResultHandle Session::runPipeline(const std::vector<Command>& commands) {
 
 void Session::control(const char* sql) {
     PGconn* connection = this->connection();
+    qCDebug(lcSql).noquote() << "postgres:" << sql;
     ResultHandle result(PQexec(connection, sql));
     if (!result)
         throw connectionError(connection, QStringLiteral("The statement could not be sent"));

@@ -274,6 +274,8 @@ void SqliteDriver::open(const ConnectionProperties& properties, const QString&, 
         sqlite3_exec(raw, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
     // Checks now that the file really is a database, rather than at the first query.
     run(raw, "SELECT count(*) FROM sqlite_master");
+    // ANALYZE samples a bounded number of rows per index, so it stays quick at any size.
+    run(raw, "PRAGMA analysis_limit=1000");
 
     d->db = std::move(db);
     if (!readOnly && path != u":memory:")
@@ -461,6 +463,19 @@ QList<TableEntry> SqliteDriver::tables() {
     if (code != SQLITE_DONE)
         fail(db, code);
     return result;
+}
+
+QStringList SqliteDriver::indexNames() {
+    sqlite3* db = d->handle();
+    auto statement = prepare(db, "SELECT name FROM sqlite_master WHERE type = 'index'");
+    QStringList names;
+    int code;
+    while ((code = sqlite3_step(statement.get())) == SQLITE_ROW)
+        names << QString::fromUtf8(
+            reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0)));
+    if (code != SQLITE_DONE)
+        fail(db, code);
+    return names;
 }
 
 QList<ProviderTypeEntry> SqliteDriver::providerTypes() {

@@ -36,6 +36,7 @@ public:
 
     QList<TableEntry> tables() override;
     QList<ProviderTypeEntry> providerTypes() override;
+    QStringList indexNames() override;
 
     QVariant insertRow(const QString& table, const QStringList& columns, const QVariantList& values,
                        const QString& autoIncrementColumn) override;

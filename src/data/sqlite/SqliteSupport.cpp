@@ -1,5 +1,7 @@
 #include "data/sqlite/SqliteSupport.h"
 
+#include "data/SqlLog.h"
+
 namespace vx::sqlite {
 
 namespace {
@@ -52,10 +54,13 @@ StatementHandle prepare(sqlite3* db, const QByteArray& sql, unsigned flags, cons
     StatementHandle statement(raw);
     if (code != SQLITE_OK)
         fail(db, code);
+    if (raw) // the statement alone, without what follows it in a batch
+        qCDebug(lcSql).noquote() << "sqlite:" << QString::fromUtf8(sqlite3_sql(raw));
     return statement;
 }
 
 void run(sqlite3* db, const char* sql) {
+    qCDebug(lcSql).noquote() << "sqlite:" << sql;
     const int code = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
     if (code != SQLITE_OK)
         fail(db, code);

@@ -1,0 +1,7 @@
+#include "data/SqlLog.h"
+
+namespace vx {
+
+Q_LOGGING_CATEGORY(lcSql, "vx.sql", QtWarningMsg)
+
+} // namespace vx
