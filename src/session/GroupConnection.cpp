@@ -1,6 +1,7 @@
 #include "session/GroupConnection.h"
 
 #include "session/PrivateProfile.h"
+#include "session/SearchIndexes.h"
 
 namespace vx {
 
@@ -14,7 +15,9 @@ QString groupConnectionText(const QString& initFilePath) {
 
 Connection openGroupConnection(const QString& initFilePath) {
     Connection connection;
-    connection.open(groupConnectionText(initFilePath), QString(), QString());
+    const QString text = groupConnectionText(initFilePath);
+    connection.open(text, QString(), QString());
+    ensureSearchIndexesOnce(connection, text);
     return connection;
 }
 

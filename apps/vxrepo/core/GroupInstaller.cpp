@@ -7,6 +7,7 @@
 #include "data/Recordset.h"
 #include "session/PrivateProfile.h"
 #include "session/Schema.h"
+#include "session/SearchIndexes.h"
 
 #include <QDir>
 #include <QFile>
@@ -173,6 +174,7 @@ InstalledGroup installGroup(Repository& repository, const GroupSetup& setup, For
         Transaction transaction(connection);
         for (const QString& statement : statements)
             connection.execute(statement);
+        ensureSearchIndexes(connection, {setup.name});
         group.groupId = repository.nextId(table::Group, QStringLiteral("Groupid"));
         connection.driver().insertRow(
             table::Group,
