@@ -3,69 +3,17 @@
 #include "data/Connection.h"
 #include "data/Error.h"
 #include "data/RowAppender.h"
+#include "support/SmallDisk.h"
 
 #include <QDir>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtEndian>
-#include <csignal>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 using namespace vx;
 using namespace vx::test;
 
 namespace {
-
-// A folder that holds about `bytes`: a tmpfs of that size when this process may mount one (as
-// root), otherwise an ordinary folder with the process's file-size limit standing in for the
-// full disk (the system then refuses with "File too large"). Undone on destruction.
-class SmallDisk {
-public:
-    explicit SmallDisk(qint64 bytes) {
-        if (!m_folder.isValid())
-            return;
-        m_path = m_folder.path();
-        const int mounted =
-            QProcess::execute(u"mount"_s, {u"-t"_s, u"tmpfs"_s, u"-o"_s, u"size=%1"_s.arg(bytes),
-                                           u"tmpfs"_s, m_path});
-        if (mounted == 0) {
-            m_mounted = true;
-            cause = u"No space left on device"_s;
-            return;
-        }
-        std::signal(SIGXFSZ, SIG_IGN); // the write fails instead of the process stopping
-        getrlimit(RLIMIT_FSIZE, &m_limit);
-        rlimit small = m_limit;
-        small.rlim_cur = rlim_t(bytes);
-        m_limited = setrlimit(RLIMIT_FSIZE, &small) == 0;
-        cause = u"File too large"_s;
-    }
-    ~SmallDisk() {
-        if (m_mounted)
-            QProcess::execute(u"umount"_s, {m_path});
-        if (m_limited)
-            setrlimit(RLIMIT_FSIZE, &m_limit);
-    }
-    bool isReady() const { return m_mounted || m_limited; }
-    QString path(const QString& name) const { return QDir(m_path).filePath(name); }
-    // Lifts the size limit so the test can read and check what was left.
-    void lift() {
-        if (m_limited)
-            setrlimit(RLIMIT_FSIZE, &m_limit);
-        m_limited = false;
-    }
-    QString folder() const { return m_path; }
-    QString cause; // what the system says when the disk is full
-
-private:
-    QTemporaryDir m_folder;
-    QString m_path;
-    bool m_mounted = false;
-    bool m_limited = false;
-    rlimit m_limit{};
-};
 
 struct Shape {
     const char* name;

@@ -118,9 +118,21 @@ Repository Repository::create(const QString& dir, const QString& name, const QSt
                                        "Choose another folder or --name.")
                             .arg(path));
     }
+    const bool folderExisted = QFileInfo(folder).isDir();
     if (!QDir().mkpath(folder))
         throw Error(ErrorNumber::Unspecified,
                     QStringLiteral("Cannot create the folder %1.").arg(folder));
+    // Half a repository is worse than none: the next attempt would refuse to overwrite it.
+    const auto removeWhatWasMade = [&] {
+        if (!onServer) {
+            for (const QString& suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
+                                          QStringLiteral("-journal"), QStringLiteral("-gate")})
+                QFile::remove(database + suffix);
+        }
+        QFile::remove(dataLink);
+        if (!folderExisted)
+            QDir().rmdir(folder); // only when nothing else was put there meanwhile
+    };
 
     try {
         writeDataLinkFile(dataLink, initString);
@@ -145,14 +157,15 @@ Repository Repository::create(const QString& dir, const QString& name, const QSt
             transaction.commit();
         }
         return repository;
+    } catch (const Error& error) {
+        removeWhatWasMade();
+        // The engine's words alone ("database or disk is full") do not say what was being made.
+        throw Error(error.number(),
+                    QStringLiteral("Cannot create the repository in %1: %2")
+                        .arg(folder, error.description()),
+                    error.source());
     } catch (...) {
-        // Half a repository is worse than none: the next attempt would refuse to overwrite it.
-        if (!onServer) {
-            for (const QString& suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm"),
-                                          QStringLiteral("-journal"), QStringLiteral("-gate")})
-                QFile::remove(database + suffix);
-        }
-        QFile::remove(dataLink);
+        removeWhatWasMade();
         throw;
     }
 }
