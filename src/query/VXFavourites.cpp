@@ -275,13 +275,16 @@ void VXFavourites::Done() {
     if (d->currentGroup.isEmpty())
         return;
     try {
-        const QString& group = d->currentGroup;
-        saveSetting(group, QStringLiteral("Total"), QString::number(d->buttonBar->count()));
+        // One write of the whole list: a store that runs out of room keeps the previous list
+        // whole rather than a new count over missing entries.
+        QList<QPair<QString, QString>> values{
+            {QStringLiteral("Total"), QString::number(d->buttonBar->count())}};
         for (int i = 0; i < d->buttonBar->count(); ++i) {
             const QString key = keyOf(d->buttonBar->item(i)->text());
-            saveSetting(group, QString::number(i + 1), key);
-            saveSetting(group, key, d->query(key));
+            values.append({QString::number(i + 1), key});
+            values.append({key, d->query(key)});
         }
+        saveSettings(d->currentGroup, values);
     } catch (const Error& error) {
         // Kept in memory so that nothing is lost when the store refused them.
         showCritical(error.description(), QStringLiteral("Favourites: Init()"));

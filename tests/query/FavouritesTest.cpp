@@ -2,10 +2,12 @@
 #include "server/ControlFactory.h"
 #include "session/PromptText.h"
 #include "session/Settings.h"
+#include "support/SmallDisk.h"
 #include "support/TestEnvironment.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QFile>
 #include <QListWidget>
 #include <QMenu>
 #include <QTest>
@@ -218,6 +220,38 @@ TEST_F(FavouritesTest, UnreadableStoreIsReportedWithTheEntryBeingLoaded) {
     EXPECT_FALSE(init("Broken"));
     EXPECT_EQ(environment.ui().messageTexts(),
               QStringList({"Type mismatch", "key:  name: \rquery: "}));
+}
+
+TEST_F(FavouritesTest, AStoreWithoutRoomKeepsThePreviousListWholeAndSaysSo) {
+    // Room for a short list, not for three long queries at once.
+    test::SmallDisk disk(16 * 1024);
+    ASSERT_TRUE(disk.isReady());
+    setSettingsDirectory(disk.folder());
+    EXPECT_FALSE(init(group));
+    EXPECT_TRUE(add("Old", "SELECT 0"));
+    favourites.Done();
+    ASSERT_TRUE(environment.ui().prompts().isEmpty());
+
+    ASSERT_TRUE(init(group));
+    const QString longQuery = "SELECT * FROM Invoices WHERE " + QString("x").repeated(6000);
+    for (const QString name : {"First", "Second", "Third"})
+        EXPECT_TRUE(add(name, longQuery));
+    environment.ui().answerMessage(MessageAnswer::Ok);
+    favourites.Done();
+    ASSERT_EQ(environment.ui().prompts().size(), 1);
+    EXPECT_TRUE(environment.ui().prompts()[0].text.startsWith("The settings could not be saved"))
+        << environment.ui().prompts()[0].text.toStdString();
+    EXPECT_EQ(names(), QStringList({"Old", "First", "Second", "Third"})) << "kept in memory";
+
+    // On disk (this process's settings cache still holds the refused values): the list as it
+    // was before, not a new total over old entries.
+    disk.lift();
+    QFile store(disk.folder() + "/VXUILib.ini");
+    ASSERT_TRUE(store.open(QIODevice::ReadOnly));
+    const QString stored = QString::fromUtf8(store.readAll());
+    EXPECT_TRUE(stored.contains("Total=1")) << stored.toStdString();
+    EXPECT_TRUE(stored.contains("1=Old")) << stored.toStdString();
+    EXPECT_FALSE(stored.contains("First")) << stored.toStdString();
 }
 
 } // namespace
