@@ -44,7 +44,10 @@ void AuditTrailPanel::record(const QString& action, const QList<qint32>& itemIds
         m_table->setItem(row, column, item);
     }
     m_table->scrollToBottom();
-    appendToLog(columns);
+    const QString failure = appendToLog(columns);
+    if (!failure.isEmpty())
+        emit logNotWritten(tr("The audit trail entry was not written to %1: %2")
+                               .arg(QDir::toNativeSeparators(m_logFile), failure));
 }
 
 int AuditTrailPanel::entryCount() const {
@@ -59,17 +62,32 @@ QString AuditTrailPanel::itemText(const QList<qint32>& itemIds) {
     return texts.join(QStringLiteral(", "));
 }
 
-void AuditTrailPanel::appendToLog(const QStringList& columns) {
+QString AuditTrailPanel::appendToLog(const QStringList& columns) {
     if (m_logFile.isEmpty())
-        return;
+        return {};
     QDir().mkpath(QFileInfo(m_logFile).absolutePath());
     QFile file(m_logFile);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
-        return; // the panel still holds the entry; a read-only log must not stop the work
+    // Unbuffered: a line that did not fit is then on the disk only in part, and can be cut off.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text |
+                   QIODevice::Unbuffered))
+        return file.errorString();
     QStringList cleaned;
     for (QString column : columns)
         cleaned << column.replace(u'\t', u' ').replace(u'\n', u' ').replace(u'\r', u' ');
-    QTextStream(&file) << cleaned.join(u'\t') << '\n';
+    const QByteArray line = (cleaned.join(u'\t') + u'\n').toUtf8();
+    const qint64 before = file.size();
+    // A short write is retried, so the system's own reason (a full disk) is what is reported.
+    qint64 written = 0;
+    for (qint64 step = 0; written < line.size(); written += step) {
+        step = file.write(line.constData() + written, line.size() - written);
+        if (step <= 0)
+            break;
+    }
+    if (written == line.size())
+        return {};
+    const QString reason = file.errorString();
+    file.resize(before);
+    return reason;
 }
 
 } // namespace vx::demo

@@ -28,8 +28,14 @@ public:
     // "3, 17, 42" for the panel and the log.
     static QString itemText(const QList<qint32>& itemIds);
 
+signals:
+    // An entry stayed out of the log file (a full disk, a read-only file); the panel has it.
+    void logNotWritten(const QString& message);
+
 private:
-    void appendToLog(const QStringList& columns);
+    // Whole lines only: a line the disk had no room for is taken back, so the next entry
+    // starts a line of its own. Returns what went wrong, empty when written.
+    QString appendToLog(const QStringList& columns);
 
     QTableWidget* m_table = nullptr;
     QString m_logFile;

@@ -61,6 +61,7 @@ DemoWindow::DemoWindow(QWidget* parent)
     setCentralWidget(m_pages);
 
     m_auditTrail = new AuditTrailPanel(this);
+    connect(m_auditTrail, &AuditTrailPanel::logNotWritten, this, &DemoWindow::showStatus);
     auto* dock = new QDockWidget(tr("Audit trail"), this);
     dock->setObjectName(QStringLiteral("auditTrailDock"));
     dock->setWidget(m_auditTrail);

@@ -1,5 +1,6 @@
 #include "AuditTrailPanel.h"
 #include "HitListEvents.h"
+#include "support/SmallDisk.h"
 #include "support/TestEnvironment.h"
 
 #include <QFile>
@@ -37,10 +38,47 @@ TEST(AuditTrailPanel, ShowsEachEntryAndAppendsItToTheLog) {
               "2026-03-04 09:15:30\tMoving\t3, 17, 42\tMove items to: /archive with a tab");
     EXPECT_EQ(lines[2], "2026-03-04 09:15:30\tExporting\t\tnothing selected");
 
-    // A log that cannot be written leaves the panel working.
+    // A log that cannot be written leaves the panel working, and says so.
+    QSignalSpy refused(&panel, &AuditTrailPanel::logNotWritten);
     panel.setLogFile(environment.filePath("logs"));
     panel.record("Copying", {1}, "Copy items to: /tmp", when);
     EXPECT_EQ(panel.entryCount(), 4);
+    ASSERT_EQ(refused.size(), 1);
+    EXPECT_TRUE(refused[0][0].toString().startsWith("The audit trail entry was not written to "))
+        << refused[0][0].toString().toStdString();
+}
+
+TEST(AuditTrailPanel, ALogWithoutRoomKeepsWholeLinesOnly) {
+    vx::test::TestEnvironment environment;
+    vx::test::SmallDisk disk(8 * 1024);
+    ASSERT_TRUE(disk.isReady());
+    AuditTrailPanel panel;
+    QSignalSpy refused(&panel, &AuditTrailPanel::logNotWritten);
+    panel.setLogFile(disk.path("audit-trail.log"));
+    const QDateTime when(QDate(2026, 3, 4), QTime(9, 15, 30));
+    // Entries of 1,000 characters until one finds no room.
+    for (int i = 0; i < 20 && refused.isEmpty(); ++i)
+        panel.record("Editing", {i}, QString("d").repeated(1000), when);
+    ASSERT_EQ(refused.size(), 1) << "the disk never filled";
+    EXPECT_TRUE(refused[0][0].toString().contains(disk.cause))
+        << refused[0][0].toString().toStdString();
+    const int written = panel.entryCount() - 1;
+    disk.lift();
+    panel.record("Moving", {99}, "after", when); // may find room again (a size limit), or not
+
+    QFile log(panel.logFile());
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly | QIODevice::Text));
+    const QByteArray text = log.readAll();
+    ASSERT_TRUE(text.isEmpty() || text.endsWith('\n')) << "no half line at the end";
+    const QStringList lines = QString::fromUtf8(text).split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_GE(lines.size(), written);
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        const bool last = i == written;
+        EXPECT_TRUE(lines[i].startsWith(last ? "2026-03-04 09:15:30\tMoving\t99\t"
+                                             : "2026-03-04 09:15:30\tEditing\t"))
+            << lines[i].left(60).toStdString();
+        EXPECT_TRUE(lines[i].endsWith(last ? "after" : QString("d").repeated(1000)));
+    }
 }
 
 // Stands in for the hit list: the same event names and arguments, and the property the host
