@@ -2,10 +2,13 @@
 // nothing half-made behind, so the same command succeeds once there is room.
 #include "RepoTestSupport.h"
 #include "core/CommandLine.h"
+#include "core/FormDocument.h"
 #include "core/Repository.h"
+#include "core/SampleContent.h"
 #include "support/SmallDisk.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -30,6 +33,16 @@ ToolRun run(const QStringList& arguments, const QString& catalog) {
 
 QStringList entriesOf(const QString& folder) {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+// Without the engine's write-ahead log and its index, which a failed open may leave and the
+// next open takes over.
+QStringList filesOf(const QString& folder) {
+    QStringList files = entriesOf(folder);
+    files.removeIf([](const QString& name) {
+        return name.endsWith(QStringLiteral("-wal")) || name.endsWith(QStringLiteral("-shm"));
+    });
+    return files;
 }
 
 TEST(RepositoryToolFullDisk, CreateSaysWhatFailedAndLeavesNothingBehind) {
@@ -58,6 +71,41 @@ TEST(RepositoryToolFullDisk, CreateSaysWhatFailedAndLeavesNothingBehind) {
               repo::ExitOk);
     repo::Repository repository = repo::Repository::open(dir);
     EXPECT_TRUE(test::tableNames(repository.connection()).contains(QStringLiteral("KTItem")));
+}
+
+TEST(RepositoryToolFullDisk, AddGroupSaysWhatFailedAndLeavesTheRepositoryAsItWas) {
+    test::SmallDisk disk(1024 * 1024);
+    ASSERT_TRUE(disk.isReady());
+    if (!disk.isMounted())
+        GTEST_SKIP() << "needs a small file system of its own (root may mount one)";
+    const QString dir = disk.path(QStringLiteral("repo"));
+    const QString catalog = disk.path(QStringLiteral("catalog.ini"));
+    ASSERT_EQ(run({QStringLiteral("create"), dir}, catalog).code, repo::ExitOk);
+    QTemporaryDir elsewhere;
+    const QString form = elsewhere.filePath(QStringLiteral("Invoices.xml"));
+    repo::FormDocument::fromFields(QStringLiteral("Invoices"), repo::sample::fields()).save(form);
+    const QStringList addGroup{QStringLiteral("add-group"), dir,
+                               QStringLiteral("--form"),    form,
+                               QStringLiteral("--name"),    QStringLiteral("Invoices"),
+                               QStringLiteral("--library"), QStringLiteral("Main")};
+    const QStringList before = filesOf(dir);
+
+    // Room for some of the group's files, or for them but not its table and indexes.
+    for (const qint64 room : {qint64(4 * 1024), qint64(16 * 1024), qint64(40 * 1024)}) {
+        SCOPED_TRACE(room);
+        disk.fillLeaving(room);
+        const ToolRun failed = run(addGroup, catalog);
+        QFile::remove(disk.path(QStringLiteral("filler")));
+        ASSERT_EQ(failed.code, repo::ExitFailed) << failed.err.toStdString();
+        EXPECT_TRUE(failed.err.contains(QStringLiteral("Cannot add the group Invoices to ")))
+            << failed.err.toStdString();
+        EXPECT_EQ(filesOf(dir), before);
+        repo::Repository repository = repo::Repository::open(dir);
+        EXPECT_FALSE(
+            test::tableNames(repository.connection()).contains(QStringLiteral("Invoices")));
+        EXPECT_EQ(test::rowCount(repository.connection(), QStringLiteral("KTGroup")), 0);
+    }
+    EXPECT_EQ(run(addGroup, catalog).code, repo::ExitOk) << "once there is room";
 }
 
 } // namespace

@@ -101,11 +101,21 @@ int addGroup(const QStringList& list, QTextStream& out, const QString& catalog) 
     std::optional<FormDocument> queryForm;
     if (arguments.options.contains(QStringLiteral("query-form")))
         queryForm = FormDocument::load(arguments.option(QStringLiteral("query-form")));
-    Repository repository =
-        Repository::open(arguments.positional[0],
-                         arguments.option(QStringLiteral("repository"), Repository::DefaultName),
-                         arguments.option(QStringLiteral("server")));
-    const InstalledGroup group = installGroup(repository, setup, std::move(form), queryForm);
+    const InstalledGroup group = [&] {
+        try {
+            Repository repository = Repository::open(
+                arguments.positional[0],
+                arguments.option(QStringLiteral("repository"), Repository::DefaultName),
+                arguments.option(QStringLiteral("server")));
+            return installGroup(repository, setup, std::move(form), queryForm);
+        } catch (const Error& error) {
+            // The engine's words alone ("disk I/O error") do not say what was being done.
+            throw Error(error.number(),
+                        QStringLiteral("Cannot add the group %1 to %2: %3")
+                            .arg(setup.name, arguments.positional[0], error.description()),
+                        error.source());
+        }
+    }();
     out << "Added the group " << setup.name << " (id " << group.groupId << ", library "
         << setup.library << ", " << group.fields.size() << " fields)\n"
         << "  init file: " << group.initFilePath << "\n  data link: " << group.dataLinkPath
