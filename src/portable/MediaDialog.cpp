@@ -237,7 +237,13 @@ void MediaDialog::acceptChoices() {
         }
         return;
     }
-    saveSetting(QStringLiteral("Settings"), QStringLiteral("strCDLabel"), base);
+    try {
+        saveSetting(QStringLiteral("Settings"), QStringLiteral("strCDLabel"), base);
+    } catch (const Error& error) {
+        // Only the next export's suggestion is lost: this one goes on.
+        ui().messageBox(error.description(), MessageStyle::OkOnly | MessageStyle::Exclamation,
+                        applicationTitle());
+    }
     accept();
 }
 

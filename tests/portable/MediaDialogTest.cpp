@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -135,6 +136,25 @@ TEST_F(MediaDialogTest, RefusesBasesACdLabelCannotHold) {
     EXPECT_EQ(savedBase(), "Arch1");
     EXPECT_EQ(library().mediaSizeMB, 650);
     EXPECT_FALSE(library().customSize);
+}
+
+TEST_F(MediaDialogTest, ALabelThatCannotBeRememberedIsSaidAndTheExportGoesOn) {
+    // A file where the settings folder should be: every save fails, as on a full disk.
+    const QString blocked = environment.filePath("blocked");
+    QFile file(blocked);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.close();
+    setSettingsDirectory(blocked + "/settings");
+    environment.ui().answerMessage(MessageAnswer::Ok);
+    mediaType()->setCurrentIndex(2);
+    ok();
+    ASSERT_EQ(environment.ui().prompts().size(), 1);
+    EXPECT_TRUE(environment.ui().prompts()[0].text.startsWith("The settings could not be saved"))
+        << environment.ui().prompts()[0].text.toStdString();
+    EXPECT_EQ(environment.ui().prompts()[0].icon, MessageStyle::Exclamation);
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_TRUE(library().exportDialogDone);
+    EXPECT_FALSE(library().exportCancelled);
 }
 
 TEST_F(MediaDialogTest, CancelOrClosingCancelsTheExport) {
