@@ -150,6 +150,34 @@ Clauses findClauses(const SqlTokens& tokens) {
     return found;
 }
 
+// The restriction names the item id the main statement's tables give it; a sub-query or a
+// function among those tables could hand it any value ("(SELECT 0 AS itemid, ...) AS q"), so
+// the main FROM clause may name tables only.
+void checkFromClause(const SqlTokens& tokens) {
+    int depth = 0;
+    bool inFrom = false;
+    for (size_t i = 0; i < tokens.size(); ++i) {
+        const SqlToken& token = tokens[i];
+        if (depth == 0 && token.kind == SqlToken::Word) {
+            if (token.isWord(u"FROM"))
+                inFrom = true;
+            else if (token.isWord(u"WHERE") || isClauseWord(tokens, i, u"ORDER", true) ||
+                     isClauseWord(tokens, i, u"GROUP", true) ||
+                     isClauseWord(tokens, i, u"HAVING", false) ||
+                     isClauseWord(tokens, i, u"LIMIT", false))
+                return;
+        }
+        if (token.isSymbol(u"(")) {
+            if (inFrom && depth == 0)
+                refuse(QStringLiteral("its FROM clause holds a sub-query or a function where "
+                                      "only tables may stand"));
+            ++depth;
+        } else if (token.isSymbol(u")")) {
+            --depth;
+        }
+    }
+}
+
 bool namesTable(const SqlTokens& tokens, QStringView table) {
     for (const SqlToken& token : tokens) {
         if (token.isName() && QStringView(token.name()).compare(table, Qt::CaseInsensitive) == 0)
@@ -169,6 +197,7 @@ QString SqlQueryParser::QueryStringWithSecurity(const QString& query, qint16& us
         refuse(QStringLiteral("it holds a null character"));
     const SqlTokens tokens = dialect::tokenize(query);
     checkSealed(tokens);
+    checkFromClause(tokens);
     for (const SqlToken& token : tokens) {
         if (!token.isSignificant())
             continue;

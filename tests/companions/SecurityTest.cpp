@@ -154,3 +154,32 @@ TEST(SqlQueryParser, RefusesTextsThatCouldReachPastTheRestriction) {
                                   condition.trimmed() + ")");
     }
 }
+
+// A saved query names its own tables: one that makes up the item id, from a sub-query or a
+// function, would pass rows of every document through the restriction.
+TEST(SqlQueryParser, RefusesTablesThatMakeUpTheItemId) {
+    SqlQueryParser parser;
+    qint16 user = 2;
+    for (const char* query :
+         {"SELECT * FROM (SELECT InvoiceNo, Customer, 0 AS itemid FROM Invoices) AS q",
+          "SELECT * FROM (SELECT InvoiceNo, 0 AS itemid FROM Invoices) q WHERE q.InvoiceNo > ''",
+          "SELECT * FROM Invoices, (SELECT 0 AS itemid) AS ktitem WHERE Invoices.itemid > 0",
+          "SELECT * FROM generate_series(0, 0) AS itemid, Invoices",
+          "select * from json_each('[0]') ktitem, Invoices order by 1",
+          "SELECT * FROM ktitem JOIN (VALUES (0)) AS v(itemid) ON 1 = 1"}) {
+        try {
+            parser.QueryStringWithSecurity(QString::fromUtf8(query), user);
+            ADD_FAILURE() << "accepted: " << query;
+        } catch (const Error& error) {
+            EXPECT_TRUE(error.description().contains("FROM clause holds a sub-query"))
+                << query << " -> " << error.description().toStdString();
+        }
+    }
+    // Tables, joins on plain conditions and sub-queries after the FROM clause still pass.
+    for (const char* query :
+         {"SELECT count(*) AS n FROM ktitem, Invoices WHERE ktitem.itemid = Invoices.itemid",
+          "SELECT * FROM Invoices JOIN ktitem ON ktitem.itemid = Invoices.itemid ORDER BY "
+          "Invoices.itemid",
+          "SELECT * FROM Invoices GROUP BY itemid HAVING count(*) IN (SELECT 1)"})
+        EXPECT_NO_THROW(parser.QueryStringWithSecurity(QString::fromUtf8(query), user)) << query;
+}
