@@ -1,5 +1,6 @@
 // Opening and sorting large results in the hit list against the same work on a plain record
 // set, in one run. Usage: vxbench_hitlist [--million] [--screenshots DIR]
+#include "SilentUi.h"
 #include "companions/DefaultCompanions.h"
 #include "core/SampleBuilder.h"
 #include "data/Connection.h"
@@ -25,24 +26,6 @@
 using namespace vx;
 
 namespace {
-
-// Answers every prompt at once so nothing waits for a person; prints what was asked.
-class SilentUi : public UiServices {
-public:
-    MessageAnswer messageBox(const QString& text, int style, const QString& title) override {
-        std::printf("  [message] %s: %s\n", qPrintable(title), qPrintable(text));
-        return MessageStyle::buttonsOf(style) == MessageStyle::YesNo ? MessageAnswer::No
-                                                                     : MessageAnswer::Ok;
-    }
-    std::optional<QString> inputBox(const QString&, const QString&, const QString&) override {
-        return std::nullopt;
-    }
-    QString browseForFolder(QWidget*, const QString&) override { return {}; }
-    void setBusyCursor(bool) override {}
-    void processEvents() override { QCoreApplication::processEvents(); }
-    void sleep(int) override {}
-    bool shellExecute(const QString&, const QString&) override { return false; }
-};
 
 const QString ResultQuery = QStringLiteral(
     "SELECT DISTINCT ktitem.itemid AS itemid, ktitem.idx_date AS IndexDate, "

@@ -2,6 +2,7 @@
 // against a Qt view over a lazily fetching QSqlQueryModel on the same query, and from DoQuery to
 // the whole result in the grid against the engine's own loop over every value.
 // Usage: vxbench_results [--sqlite-only] [documents ...]   (default: 100000 1000000)
+#include "SilentUi.h"
 #include "companions/DefaultCompanions.h"
 #include "core/SampleBuilder.h"
 #include "data/ConnectionProperties.h"
@@ -35,23 +36,6 @@
 using namespace vx;
 
 namespace {
-
-class SilentUi : public UiServices {
-public:
-    MessageAnswer messageBox(const QString& text, int style, const QString& title) override {
-        std::printf("  [message] %s: %s\n", qPrintable(title), qPrintable(text));
-        return MessageStyle::buttonsOf(style) == MessageStyle::YesNo ? MessageAnswer::No
-                                                                     : MessageAnswer::Ok;
-    }
-    std::optional<QString> inputBox(const QString&, const QString&, const QString&) override {
-        return std::nullopt;
-    }
-    QString browseForFolder(QWidget*, const QString&) override { return {}; }
-    void setBusyCursor(bool) override {}
-    void processEvents() override { QCoreApplication::processEvents(); }
-    void sleep(int) override {}
-    bool shellExecute(const QString&, const QString&) override { return false; }
-};
 
 // The empty search: every document, in item id order (the remembered sort's default).
 const QString ResultQuery = QStringLiteral(

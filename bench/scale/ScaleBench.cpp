@@ -9,6 +9,7 @@
 //          the rest copied on the server)
 // --without-indexes drops the group table's search indexes after the first open, to show the
 // figures of a repository without them.
+#include "SilentUi.h"
 #include "companions/DefaultCompanions.h"
 #include "core/CommandLine.h"
 #include "core/SampleBuilder.h"
@@ -43,23 +44,6 @@
 using namespace vx;
 
 namespace {
-
-class SilentUi : public UiServices {
-public:
-    MessageAnswer messageBox(const QString& text, int style, const QString& title) override {
-        std::printf("  [message] %s: %s\n", qPrintable(title), qPrintable(text));
-        return MessageStyle::buttonsOf(style) == MessageStyle::YesNo ? MessageAnswer::No
-                                                                     : MessageAnswer::Ok;
-    }
-    std::optional<QString> inputBox(const QString&, const QString&, const QString&) override {
-        return std::nullopt;
-    }
-    QString browseForFolder(QWidget*, const QString&) override { return {}; }
-    void setBusyCursor(bool) override {}
-    void processEvents() override { QCoreApplication::processEvents(); }
-    void sleep(int) override {}
-    bool shellExecute(const QString&, const QString&) override { return false; }
-};
 
 // The hit list's columns, as the query control builds them, with the criteria given.
 QString resultQuery(const QString& criteria) {
