@@ -24,18 +24,6 @@ int numberOf(const QString& text) {
     return ok && number > 0 ? number : 0;
 }
 
-// Table and column names go into the form's SQL as they stand, so a definition someone else
-// wrote may name only plain identifiers there.
-bool isPlainIdentifier(const QString& name) {
-    if (name.isEmpty() || name.size() > 128 || name.front().isDigit())
-        return false;
-    for (const QChar c : name) {
-        if (!(c.isLetterOrNumber() || c == u'_') || c.unicode() > 0x7f)
-            return false;
-    }
-    return true;
-}
-
 void requirePlainName(const QString& name, const QString& what, const QString& field,
                       const QString& path) {
     if (name.isEmpty() || isPlainIdentifier(name))

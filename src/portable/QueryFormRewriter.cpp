@@ -1,6 +1,8 @@
 #include "portable/QueryFormRewriter.h"
 
 #include "data/Error.h"
+#include "session/FormDefinition.h"
+#include "session/ShownText.h"
 #include "session/XmlShape.h"
 
 #include <QDomDocument>
@@ -80,9 +82,17 @@ QStringList rewriteQueryForm(const QString& path) {
             } else if (tag == QLatin1String("columnname")) {
                 column = child.text();
             } else if (tag == QLatin1String("inittablename")) {
-                if (listField)
+                if (listField) {
+                    // The export reads and creates the hint table by these names.
+                    for (const QString& name : {table, column})
+                        if (!name.isEmpty() && !isPlainIdentifier(name))
+                            throw Error(ErrorNumber::InvalidArgument,
+                                        QStringLiteral("The query form %1 is refused: \"%2\" is "
+                                                       "not a plain name (letters, digits and "
+                                                       "\"_\").")
+                                            .arg(path, shownText(name, 60)));
                     hintTables << table + column + QStringLiteral("Hints=") + column;
-                else
+                } else
                     setText(child, table);
             } else if (tag == QLatin1String("initcolumnname")) {
                 if (!listField)

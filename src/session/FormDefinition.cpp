@@ -13,6 +13,16 @@
 #include <QHash>
 
 namespace vx {
+
+bool isPlainIdentifier(const QString& name) {
+    if (name.isEmpty() || name.size() > 128 || name.front().isDigit())
+        return false;
+    for (const QChar c : name) {
+        if (!(c.isLetterOrNumber() || c == u'_') || c.unicode() > 0x7f)
+            return false;
+    }
+    return true;
+}
 namespace {
 
 QString elementText(const QDomElement& element) {

@@ -14,6 +14,11 @@ namespace vx {
 QString GetControlValuesFromXML(const QString& matchTag, const QString& matchValue,
                                 const QString& wantTag);
 
+// Table and column names go into SQL as a form definition states them, so a definition someone
+// else wrote may name only plain identifiers: ASCII letters, digits and "_", not starting with a
+// digit, at most 128 characters.
+VXUILIB_EXPORT bool isPlainIdentifier(const QString& name);
+
 // Drops the parsed documents kept by GetControlValuesFromXML; called whenever a form-definition
 // path is set, so an edited file is read again.
 void clearFormDefinitionCache();

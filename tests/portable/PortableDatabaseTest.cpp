@@ -86,6 +86,18 @@ TEST_F(PortableDatabaseTest, ControlsWithoutATypeKeepThePreviousControlsValues) 
     file.write("<form><controls>");
     file.close();
     EXPECT_THROW(rewriteQueryForm(path), Error);
+
+    // The export reads and creates the hint tables by these names: a form someone else wrote
+    // may not slip SQL into them.
+    for (const char* table : {"KTUsers --", "Letters]; DROP TABLE KTItem", "Let ters"}) {
+        file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        file.write(QByteArray("<form><controls><control><type>ListField</type><tablename>") +
+                   table +
+                   "</tablename><columnname>Sender</columnname><inittablename>x</inittablename>"
+                   "</control></controls></form>");
+        file.close();
+        EXPECT_THROW(rewriteQueryForm(path), Error) << table;
+    }
 }
 
 TEST_F(PortableDatabaseTest, TablesAndColumnsComeInTheirOrderAndReadWithTheEngineTool) {
