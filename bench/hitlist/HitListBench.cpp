@@ -1,6 +1,6 @@
 // Opening and sorting large results in the hit list against the same work on a plain record
 // set, in one run. Usage: vxbench_hitlist [--million] [--screenshots DIR]
-#include "SilentUi.h"
+#include "BenchSession.h"
 #include "companions/DefaultCompanions.h"
 #include "core/SampleBuilder.h"
 #include "data/Connection.h"
@@ -167,13 +167,10 @@ void screenshots(const QString& outDir, const QString& root) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    drawOffscreenUnlessAsked();
     QApplication app(argc, argv);
     QTemporaryDir root;
-    setSettingsDirectory(root.filePath(QStringLiteral("settings")));
-    installUiServices(std::make_unique<SilentUi>());
-    registerDefaultCompanions();
+    isolateBenchRun(root);
     registerLibraryControls();
 
     const QStringList arguments = app.arguments();

@@ -2,7 +2,7 @@
 // against a Qt view over a lazily fetching QSqlQueryModel on the same query, and from DoQuery to
 // the whole result in the grid against the engine's own loop over every value.
 // Usage: vxbench_results [--sqlite-only] [documents ...]   (default: 100000 1000000)
-#include "SilentUi.h"
+#include "BenchSession.h"
 #include "companions/DefaultCompanions.h"
 #include "core/SampleBuilder.h"
 #include "data/ConnectionProperties.h"
@@ -422,13 +422,10 @@ std::optional<Figures> measurePostgres(int documents, const QString& root) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    drawOffscreenUnlessAsked();
     QApplication app(argc, argv);
     QTemporaryDir root;
-    setSettingsDirectory(root.filePath(QStringLiteral("settings")));
-    installUiServices(std::make_unique<SilentUi>());
-    registerDefaultCompanions();
+    isolateBenchRun(root);
     registerLibraryControls();
 
     QList<int> sizes;

@@ -9,7 +9,7 @@
 //          the rest copied on the server)
 // --without-indexes drops the group table's search indexes after the first open, to show the
 // figures of a repository without them.
-#include "SilentUi.h"
+#include "BenchSession.h"
 #include "companions/DefaultCompanions.h"
 #include "core/CommandLine.h"
 #include "core/SampleBuilder.h"
@@ -285,14 +285,11 @@ std::optional<Sample> serverSample(int documents, const QString& root) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    drawOffscreenUnlessAsked();
     QApplication app(argc, argv);
     QTemporaryDir root;
-    setSettingsDirectory(root.filePath(QStringLiteral("settings")));
+    isolateBenchRun(root);
     qputenv("VXUILIB_SYSTEM_DIR", root.filePath(QStringLiteral("system")).toUtf8());
-    installUiServices(std::make_unique<SilentUi>());
-    registerDefaultCompanions();
     registerLibraryControls();
 
     QStringList arguments = app.arguments().mid(1);

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "companions/DefaultCompanions.h"
+#include "session/Settings.h"
 #include "session/UiServices.h"
 
 #include <QCoreApplication>
+#include <QTemporaryDir>
 #include <cstdio>
+#include <memory>
 #include <optional>
 
 // Answers every prompt at once so that nothing waits for a person: No to a yes/no question, OK
@@ -25,3 +29,16 @@ public:
     void sleep(int) override {}
     bool shellExecute(const QString&, const QString&) override { return false; }
 };
+
+// Before the application object: a bench draws its controls off screen unless told otherwise.
+inline void drawOffscreenUnlessAsked() {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+// Settings in the run's own folder, prompts answered at once, the default companions in place.
+inline void isolateBenchRun(const QTemporaryDir& root) {
+    vx::setSettingsDirectory(root.filePath(QStringLiteral("settings")));
+    vx::installUiServices(std::make_unique<SilentUi>());
+    vx::registerDefaultCompanions();
+}
